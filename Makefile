@@ -1,0 +1,23 @@
+# The front door. Each target installs the Debian packages it needs, builds, and runs.
+
+.PHONY: all demo check check-i686 bench format
+
+all:
+	@tools/build native
+
+demo:
+	@tools/demo
+
+# Every test on the three hosts a change must pass on, then on 32-bit little-endian.
+check:
+	@tools/check native sanitize reference
+
+check-i686:
+	@tools/check i686
+
+bench:
+	@tools/bench
+
+format:
+	@tools/install-packages format
+	@git ls-files '*.h' '*.hpp' '*.c' '*.cpp' | xargs clang-format -i

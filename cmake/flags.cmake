@@ -1,0 +1,29 @@
+# How everything that is our own is compiled: link kqsupt_flags for programs, and
+# kqsupt_library_flags too for what goes into a shared library.
+
+set(KQSUPT_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+
+add_library(kqsupt_flags INTERFACE)
+target_compile_options(kqsupt_flags INTERFACE
+  -O2 -g -Wall -Wextra -Wshadow -Wconversion -Werror -fstack-protector-strong)
+target_compile_definitions(kqsupt_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+target_link_options(kqsupt_flags INTERFACE -Wl,-z,relro,-z,now)
+
+add_library(kqsupt_library_flags INTERFACE)
+target_link_libraries(kqsupt_library_flags INTERFACE kqsupt_flags)
+target_compile_options(kqsupt_library_flags INTERFACE
+  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti> -fPIC -fvisibility=hidden
+  $<$<COMPILE_LANGUAGE:CXX>:-fvisibility-inlines-hidden>)
+target_link_options(kqsupt_library_flags INTERFACE
+  -static-libstdc++ -static-libgcc -Wl,-z,defs,--no-undefined)
+
+if(KQSUPT_SANITIZE)
+  # Also what is not ours (GoogleTest), so that containers are annotated the same everywhere.
+  # Objects without run-time type information cannot be checked for their type.
+  add_compile_options(-fsanitize=${KQSUPT_SANITIZE} -fno-sanitize=vptr
+    -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${KQSUPT_SANITIZE})
+else()
+  # The fortified calls hide from the address sanitizer what they copy.
+  target_compile_options(kqsupt_flags INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+endif()

@@ -1,0 +1,26 @@
+// Starts the library when it is loaded into a process and stops it when it is unloaded.
+
+#include <array>
+
+#include "frame/attach_sequence.h"
+
+namespace kqsupt::frame {
+namespace {
+
+// The modules that a process starts, in order; a row is here once its family is. Records and trees
+// keep nothing between two calls and need none. Each export works, or says that it cannot, whether
+// or not the start succeeded and also before the constructor below has run.
+constexpr std::array<Module, 0> kModules{};
+
+constinit AttachSequence process_attach(kModules);
+
+[[gnu::constructor]] void on_load() {
+  process_attach.attach();
+}
+
+[[gnu::destructor]] void on_unload() {
+  process_attach.detach();
+}
+
+}  // namespace
+}  // namespace kqsupt::frame

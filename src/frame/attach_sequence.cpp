@@ -1,0 +1,34 @@
+// Starting modules in order, and unwinding what was started.
+
+#include "frame/attach_sequence.h"
+
+#include <cstddef>
+
+namespace kqsupt::frame {
+
+bool AttachSequence::attach() {
+  if (++attached_ > 1) {
+    return true;
+  }
+  for (size_t i = 0; i < modules_.size(); ++i) {
+    if (!modules_[i].start()) {
+      stop_in_reverse(modules_.first(i));
+      return false;
+    }
+  }
+  return true;
+}
+
+void AttachSequence::detach() {
+  if (--attached_ < 1) {
+    stop_in_reverse(modules_);
+  }
+}
+
+void AttachSequence::stop_in_reverse(std::span<const Module> modules) {
+  for (size_t i = modules.size(); i-- > 0;) {
+    modules[i].stop();
+  }
+}
+
+}  // namespace kqsupt::frame

@@ -1,0 +1,102 @@
+// Looking things up in a record's block.
+
+#include "sdo/binary.h"
+
+#include "sdo/config.h"
+#include "sdo/wire.h"
+
+namespace kqsupt::sdo {
+namespace {
+
+// True when the block has either signature; `*is_array_out`, when given, tells which.
+bool is_block(const void* block, uint16_t* is_array_out) {
+  const bool array = block != nullptr && is_array(block);
+  if (is_array_out != nullptr) {
+    *is_array_out = array ? 1 : 0;
+  }
+  return array || (block != nullptr && is_object(block));
+}
+
+}  // namespace
+
+uint32_t block_count(const void* block, uint16_t* is_array_out) {
+  return is_block(block, is_array_out) ? header_of(block).count : 0xFFFFFFFF;
+}
+
+uint32_t block_size(const void* block, uint16_t* is_array_out) {
+  return is_block(block, is_array_out) ? header_of(block).size : 0;
+}
+
+const uint8_t* find_record(const void* block, uint16_t id) {
+  // The first record whose ID is not below the one sought, without a branch on what is compared.
+  const uint8_t* low = record_at(block, 0);
+  uint32_t count = header_of(block).count;
+  const uint8_t* end = low + size_t{kRecordSize} * count;
+  while (count > 0) {
+    const uint32_t half = count / 2;
+    const uint8_t* middle = low + size_t{kRecordSize} * half;
+    const bool below = load<uint16_t>(middle) < id;
+    low = below ? middle + kRecordSize : low;
+    count = below ? count - half - 1 : half;
+  }
+  return low != end && load<uint16_t>(low) == id ? low : nullptr;
+}
+
+SMStatus block_get_by_id(const void* block, uint16_t id, uint8_t* type_out, void* buffer,
+                         uint32_t* size) {
+  if (block == nullptr || size == nullptr || !is_valid_id(id)) {
+    return SM_STATUS_INVALID_PARAMETER;
+  }
+  if (!is_object(block)) {
+    return SM_STATUS_OPERATION_FAILED;
+  }
+  const uint8_t* place = find_record(block, id);
+  if (place == nullptr) {
+    return SM_STATUS_DATA_NOT_FOUND;
+  }
+  const auto record = load<EntryRecord>(place);
+  Value value = value_of(place, record);
+  if ((record.flags & kFlagOutOfLine) == 0) {
+    // The whole slot, whatever the size that was stored: readers fetch 1-, 2- and 4-byte numbers
+    // alike into a zero-padded word. The reader by index gives the size that was stored.
+    value.size = kSlotSize;
+  }
+  const bool fits = buffer != nullptr && *size >= value.size;
+  if (fits) {
+    std::memcpy(buffer, value.bytes, value.size);
+    if (type_out != nullptr) {
+      *type_out = record.type;
+    }
+  }
+  *size = value.size;
+  return fits ? SM_STATUS_SUCCESS : SM_STATUS_BUFFER_TOO_SMALL;
+}
+
+SMStatus block_get_by_index(const void* block, uint32_t index, uint16_t* id_out, uint8_t* type_out,
+                            void* buffer, uint32_t* size) {
+  if (block == nullptr || id_out == nullptr || size == nullptr) {
+    return SM_STATUS_INVALID_PARAMETER;
+  }
+  if (index >= header_of(block).count) {
+    return SM_STATUS_INDEX_OUT_OF_RANGE;
+  }
+  if (!is_object(block)) {
+    return SM_STATUS_OPERATION_FAILED;
+  }
+  const uint8_t* place = record_at(block, index);
+  const auto record = load<EntryRecord>(place);
+  const Value value = value_of(place, record);
+  const bool fits = buffer != nullptr && *size >= value.size;
+  *size = value.size;
+  if (!fits) {
+    return SM_STATUS_BUFFER_TOO_SMALL;
+  }
+  std::memcpy(buffer, value.bytes, value.size);
+  *id_out = record.id;
+  if (type_out != nullptr) {
+    *type_out = record.type;
+  }
+  return SM_STATUS_SUCCESS;
+}
+
+}  // namespace kqsupt::sdo

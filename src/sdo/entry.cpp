@@ -1,0 +1,62 @@
+// Entries, what they cost in a block, and the children that they own.
+
+#include "sdo/entry.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "frame/heap.h"
+#include "sdo/config.h"
+#include "sdo/wire.h"
+
+namespace kqsupt::sdo {
+
+Children children_of(uint8_t type, const void* value, size_t size) {
+  if (base_type(type) != SDO_TYPE_CONFIG) {
+    return {};
+  }
+  return {static_cast<SMSDOConfig* const*>(value), size / sizeof(SMSDOConfig*)};
+}
+
+uint64_t value_length(uint8_t type, const void* value, size_t size) {
+  if (base_type(type) != SDO_TYPE_CONFIG) {
+    return size;
+  }
+  uint64_t length = (type & SDO_TYPE_FLAG_ARRAY) != 0 ? kHeaderSize : 0;
+  for (const SMSDOConfig* child : children_of(type, value, size)) {
+    length += binary_size(child);
+  }
+  return length;
+}
+
+uint64_t cost_of(uint8_t type, const void* value, size_t size) {
+  const uint64_t length = value_length(type, value, size);
+  return length <= kSlotSize ? kRecordSize : kRecordSize + length;
+}
+
+Entry* make_entry(const NewValue& value) {
+  auto* entry = static_cast<Entry*>(std::malloc(sizeof(Entry) + value.size));
+  if (entry != nullptr) {
+    *entry = {static_cast<uint32_t>(value.size), value.id, value.type, 0};
+    std::memcpy(entry->value(), value.bytes, value.size);
+  }
+  return entry;
+}
+
+void free_entry(Entry* entry) {
+  for (SMSDOConfig* child : children_of(*entry)) {
+    free_config(child);
+  }
+  std::free(entry);
+}
+
+void free_children_not_kept(const Entry& old, const Entry& kept) {
+  const Children still_held = children_of(kept);
+  for (SMSDOConfig* child : children_of(old)) {
+    if (std::find(still_held.begin(), still_held.end(), child) == still_held.end()) {
+      free_config(child);
+    }
+  }
+}
+
+}  // namespace kqsupt::sdo
