@@ -1,0 +1,101 @@
+// Starting and stopping modules in order, with modules that write down what happens to them.
+
+#include "frame/attach_sequence.h"
+
+#include <array>
+#include <string>
+
+#include "gtest/gtest.h"
+
+namespace {
+
+using kqsupt::frame::AttachSequence;
+using kqsupt::frame::Module;
+
+std::string events;
+char failing = 0;
+
+template <char Name>
+bool start() {
+  events += Name;
+  return Name != failing;
+}
+
+template <char Name>
+void stop() {
+  events += static_cast<char>(Name - 'a' + 'A');
+}
+
+template <char... Names>
+constexpr std::array<Module, sizeof...(Names)> modules() {
+  return {Module{"module", start<Names>, stop<Names>}...};
+}
+
+class AttachSequenceTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    events.clear();
+    failing = 0;
+  }
+  static constexpr auto kThree = modules<'a', 'b', 'c'>();
+  AttachSequence sequence_{kThree};
+};
+
+TEST_F(AttachSequenceTest, FirstAttachStartsTheModulesInOrder) {
+  EXPECT_TRUE(sequence_.attach());
+  EXPECT_EQ(events, "abc");
+}
+
+TEST_F(AttachSequenceTest, SecondAttachStartsNothing) {
+  sequence_.attach();
+  EXPECT_TRUE(sequence_.attach());
+  EXPECT_EQ(events, "abc");
+}
+
+TEST_F(AttachSequenceTest, LastDetachStopsInReverse) {
+  sequence_.attach();
+  sequence_.attach();
+  sequence_.detach();
+  EXPECT_EQ(events, "abc");
+  sequence_.detach();
+  EXPECT_EQ(events, "abcCBA");
+}
+
+TEST_F(AttachSequenceTest, FailedStartStopsTheEarlierOnesTheLatestFirst) {
+  failing = 'c';
+  EXPECT_FALSE(sequence_.attach());
+  EXPECT_EQ(events, "abcBA");
+}
+
+TEST_F(AttachSequenceTest, FailureOfTheFirstModuleStopsNone) {
+  failing = 'a';
+  EXPECT_FALSE(sequence_.attach());
+  EXPECT_EQ(events, "a");
+}
+
+TEST_F(AttachSequenceTest, AttachAfterAFailedOneReportsSuccessAndStartsNothing) {
+  failing = 'b';
+  EXPECT_FALSE(sequence_.attach());
+  events.clear();
+  failing = 0;
+  EXPECT_TRUE(sequence_.attach());
+  EXPECT_EQ(events, "");
+}
+
+TEST_F(AttachSequenceTest, DetachAfterAFailedAttachRunsEveryStop) {
+  failing = 'b';
+  EXPECT_FALSE(sequence_.attach());
+  events.clear();
+  sequence_.detach();
+  EXPECT_EQ(events, "CBA");
+}
+
+TEST_F(AttachSequenceTest, LibraryAttachesAgainAfterTheLastDetach) {
+  sequence_.attach();
+  sequence_.detach();
+  events.clear();
+  EXPECT_TRUE(sequence_.attach());
+  EXPECT_EQ(events, "abc");
+}
+
+}  // namespace

@@ -1,0 +1,46 @@
+// Calls that come before the library's own constructor, and in a process without a registry file.
+
+#include <unistd.h>
+
+#include "gtest/gtest.h"
+#include "kqsupt.h"
+
+namespace {
+
+bool early_calls_worked = false;
+
+bool call_every_family() {
+  void* block = SMAllocMem(4);
+  SMFreeMem(block);
+  SMRedBlackTree tree = nullptr;
+  SMRedBlackTreeDelete(&tree, nullptr, nullptr);
+  SMSDOConfig* config = SMSDOConfigAlloc();
+  const uint32_t value = 7;
+  const SMStatus added = SMSDOConfigAddData(config, 1, 1, &value, sizeof value, 0);
+  SMSDOConfigFree(config);
+  return block != nullptr && added == SM_STATUS_SUCCESS && SUPTGetMajorVersion() == 1;
+}
+
+void before_all_constructors() {
+  early_calls_worked = call_every_family();
+}
+
+// The loader runs these before the constructors of any shared object.
+using Initializer = void (*)();
+[[gnu::section(".preinit_array"), gnu::used]] const Initializer kInitializer =
+    before_all_constructors;
+
+TEST(BeforeAttach, EveryFamilyAnswersBeforeTheLibrarysConstructor) {
+  EXPECT_TRUE(early_calls_worked);
+}
+
+TEST(WithoutRegistryFile, SandboxHasNone) {
+  EXPECT_NE(access("/etc/ybreg.cfg", F_OK), 0);
+  EXPECT_NE(access("/usr/lib/ext/mavo/ybreg.cfg", F_OK), 0);
+}
+
+TEST(WithoutRegistryFile, EveryFamilyAnswers) {
+  EXPECT_TRUE(call_every_family());
+}
+
+}  // namespace

@@ -1,0 +1,67 @@
+// Loading and unloading the library in one process, which is not linked with it.
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <malloc.h>
+
+#include <fstream>
+#include <string>
+#include <tuple>
+
+#include "gtest/gtest.h"
+
+namespace {
+
+// What a process holds: heap bytes in use, descriptors, memory mappings.
+using Holdings = std::tuple<size_t, size_t, size_t>;
+
+Holdings holdings() {
+  // All that the looking itself allocates is released again before the heap is asked.
+  size_t mappings = 0;
+  {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+      ++mappings;
+    }
+  }
+  size_t descriptors = 0;
+  DIR* directory = opendir("/proc/self/fd");
+  while (directory != nullptr && readdir(directory) != nullptr) {
+    ++descriptors;
+  }
+  closedir(directory);
+  return {mallinfo2().uordblks, descriptors, mappings};
+}
+
+bool load_and_unload() {
+  void* library = dlopen(KQSUPT_LIB_DIR "/libkqsupt.so.9", RTLD_NOW);
+  EXPECT_NE(library, nullptr) << dlerror();
+  if (library == nullptr) {
+    return false;
+  }
+  using Version = uint32_t (*)();
+  const auto version = reinterpret_cast<Version>(dlsym(library, "SUPTGetMajorVersion"));
+  EXPECT_NE(version, nullptr);
+  EXPECT_EQ(version(), 1U);
+  dlclose(library);
+  return dlopen(KQSUPT_LIB_DIR "/libkqsupt.so.9", RTLD_NOW | RTLD_NOLOAD) == nullptr;
+}
+
+TEST(Loading, UnloadingUnmapsTheLibrary) {
+  EXPECT_TRUE(load_and_unload());
+}
+
+TEST(Loading, AHundredTimesLeavesNothingBehind) {
+  // The first rounds fill what the loader and the heap keep for the next one.
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_TRUE(load_and_unload());
+    holdings();
+  }
+  const Holdings before = holdings();
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_TRUE(load_and_unload()) << "at load " << i;
+  }
+  EXPECT_EQ(holdings(), before);
+}
+
+}  // namespace
