@@ -112,8 +112,7 @@ SMStatus configs_to_array(SMSDOConfig* const* configs, uint32_t count, void* buf
       }
       continue;
     }
-    uint32_t written = 0;
-    if (!write_object(*config, place, config->binary_size, &written)) {
+    if (!write_object(*config, place, config->binary_size).complete) {
       return kFailed;
     }
     header.count += 1;
@@ -125,6 +124,23 @@ SMStatus configs_to_array(SMSDOConfig* const* configs, uint32_t count, void* buf
   }
   *size = static_cast<uint32_t>(total);
   return SM_STATUS_SUCCESS;
+}
+
+bool write_array(Children children, uint8_t* out) {
+  uint16_t count = 0;
+  uint32_t end = kHeaderSize;
+  for (const SMSDOConfig* child : children) {
+    if (child == nullptr) {
+      continue;
+    }
+    if (!write_object(*child, out + end, child->binary_size).complete) {
+      return false;
+    }
+    ++count;
+    end += child->binary_size;
+  }
+  store(out, BlockHeader{kArraySignature, count, static_cast<uint16_t>(end)});
+  return true;
 }
 
 SMStatus array_to_configs(const void* array, SMSDOConfig** configs_out, uint32_t* count) {

@@ -4,11 +4,16 @@
 #include <cstdint>
 
 #include "kqsupt/sdo.h"
+#include "sdo/entry.h"
 
 namespace kqsupt::sdo {
 
 [[nodiscard]] SMStatus configs_to_array(SMSDOConfig* const* configs, uint32_t count, void* buffer,
                                         uint32_t* size);
+// Serializes children to an array block at `out`, which has room for all of them behind a header.
+// False when one of them does not serialize.
+[[nodiscard]] bool write_array(Children children, uint8_t* out);
+
 [[nodiscard]] SMStatus array_to_configs(const void* array, SMSDOConfig** configs_out,
                                         uint32_t* count);
 [[nodiscard]] SMStatus array_init(void* buffer, uint32_t size);

@@ -19,58 +19,50 @@ uint8_t type_in_block(uint8_t type) {
   return base_type(type) == SDO_TYPE_CONFIG ? with_base(type, SDO_TYPE_BINARY) : type;
 }
 
-// Writes a value to `out`. False when it does not fit into `room` or a child does not serialize.
-bool write_value(const Entry& entry, uint64_t length, uint8_t* out, uint64_t room) {
-  if (length > room) {
-    return false;
-  }
+// Writes a value of `length` bytes to `out`. False when a child does not serialize to its size.
+bool write_value(const Entry& entry, uint32_t length, uint8_t* out) {
   if (base_type(entry.type) != SDO_TYPE_CONFIG) {
-    std::memcpy(out, entry.value(), entry.size);
+    std::memcpy(out, entry.value(), length);
     return true;
   }
   const Children children = children_of(entry);
-  auto size = static_cast<uint32_t>(length);
   if ((entry.type & SDO_TYPE_FLAG_ARRAY) == 0) {
-    return write_object(*children[0], out, size, &size);
+    return write_object(*children[0], out, length).complete;
   }
-  return configs_to_array(children.data(), static_cast<uint32_t>(children.size()), out, &size) ==
-             SM_STATUS_SUCCESS &&
-         size == length;
+  return write_array(children, out);
 }
 
 }  // namespace
 
-bool write_object(const SMSDOConfig& config, uint8_t* out, uint32_t room, uint32_t* written) {
-  *written = 0;
+Written write_object(const SMSDOConfig& config, uint8_t* out, uint32_t room) {
   const uint64_t data_start = kHeaderSize + uint64_t{kRecordSize} * config.count;
   if (config.binary_size >= kBlockLimit || data_start > room) {
-    return false;
+    return {0, false};
   }
   store(out, BlockHeader{kObjectSignature, static_cast<uint16_t>(config.count),
                          static_cast<uint16_t>(config.binary_size)});
   uint8_t* place = out + kHeaderSize;
   auto end = static_cast<uint32_t>(data_start);
-  bool complete = true;
   for (const Entry& entry : EntriesInOrder(config)) {
     const uint64_t length = value_length(entry.type, entry.value(), entry.size);
-    EntryRecord record{entry.id, type_in_block(entry.type), 0, {}};
-    if (length <= kSlotSize) {
-      complete = write_value(entry, length, record.slot, kSlotSize);
-      record.flags = (length - 1) & kFlagInlineSize;
-    } else if ((complete = write_value(entry, length, out + end, room - end))) {
-      record.flags = kFlagOutOfLine;
-      store(record.slot,
-            OutOfLine{static_cast<uint16_t>(length), static_cast<uint16_t>(out + end - place)});
-      end += static_cast<uint32_t>(length);
+    const bool out_of_line = length > kSlotSize;
+    if (out_of_line && length > room - end) {
+      return {end, false};
     }
-    if (!complete) {
-      break;
+    const auto size = static_cast<uint32_t>(length);
+    const uint8_t flags = out_of_line ? kFlagOutOfLine : (size - 1) & kFlagInlineSize;
+    store(place, EntryRecord{entry.id, type_in_block(entry.type), flags, {}});
+    if (!write_value(entry, size, out_of_line ? out + end : slot_of(place))) {
+      return {end, false};
     }
-    store(place, record);
+    if (out_of_line) {
+      store(slot_of(place),
+            OutOfLine{static_cast<uint16_t>(size), static_cast<uint16_t>(out + end - place)});
+      end += size;
+    }
     place += kRecordSize;
   }
-  *written = end;
-  return complete && end == config.binary_size;
+  return {end, end == config.binary_size};
 }
 
 bool is_serializable(const SMSDOConfig& config) {
@@ -93,8 +85,9 @@ SMStatus to_binary(const SMSDOConfig* config, void* buffer, uint32_t* size) {
   if (*size < config->binary_size) {
     return SM_STATUS_BUFFER_TOO_SMALL;
   }
-  const bool complete = write_object(*config, static_cast<uint8_t*>(buffer), *size, size);
-  return complete ? SMStatus{SM_STATUS_SUCCESS} : kFailed;
+  const Written written = write_object(*config, static_cast<uint8_t*>(buffer), *size);
+  *size = written.bytes;
+  return written.complete ? SMStatus{SM_STATUS_SUCCESS} : kFailed;
 }
 
 SMSDOConfig* to_config(const void* block) {

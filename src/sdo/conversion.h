@@ -14,9 +14,13 @@ namespace kqsupt::sdo {
 // changed since it was added or the size was recomputed by the other rule.
 [[nodiscard]] bool is_serializable(const SMSDOConfig& config);
 
-// Serializes to `out`, which has room for `room` bytes, and never beyond. `*written` is the number
-// of bytes; the result is false when that is not the record's binary size.
-[[nodiscard]] bool write_object(const SMSDOConfig& config, uint8_t* out, uint32_t room,
-                                uint32_t* written);
+// What a serialization came to.
+struct Written {
+  uint32_t bytes;
+  bool complete;  // and the bytes are the record's binary size
+};
+
+// Serializes to `out`, which has room for `room` bytes, and never beyond.
+[[nodiscard]] Written write_object(const SMSDOConfig& config, uint8_t* out, uint32_t room);
 
 }  // namespace kqsupt::sdo

@@ -79,6 +79,13 @@ inline const uint8_t* record_at(const void* block, uint32_t index) {
   return advance(block, kHeaderSize + size_t{kRecordSize} * index);
 }
 
+inline uint8_t* slot_of(uint8_t* record) {
+  return record + offsetof(EntryRecord, slot);
+}
+inline const uint8_t* slot_of(const uint8_t* record) {
+  return record + offsetof(EntryRecord, slot);
+}
+
 // The value of an entry, in place.
 struct Value {
   const uint8_t* bytes;
@@ -87,7 +94,7 @@ struct Value {
 
 inline Value value_of(const uint8_t* place, const EntryRecord& record) {
   if ((record.flags & kFlagOutOfLine) == 0) {
-    return {place + offsetof(EntryRecord, slot), (record.flags & kFlagInlineSize) + 1U};
+    return {slot_of(place), (record.flags & kFlagInlineSize) + 1U};
   }
   const auto where = load<OutOfLine>(record.slot);
   return {place + where.offset, where.size};

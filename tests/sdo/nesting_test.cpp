@@ -10,7 +10,11 @@ namespace {
 using namespace kqsupt::tests;
 
 constexpr int kDepth = 200;
+#ifdef KQSUPT_SANITIZED  // each frame then carries guard zones around its variables
+constexpr size_t kStack = size_t{512} * 1024;
+#else
 constexpr size_t kStack = size_t{128} * 1024;
+#endif
 
 template <class Body>
 void on_small_stack(Body body) {

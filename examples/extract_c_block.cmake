@@ -1,0 +1,13 @@
+# Writes the only C block of the Markdown file FROM to the file TO.
+file(READ "${FROM}" text)
+string(FIND "${text}" "```c\n" start)
+string(FIND "${text}" "```c\n" last REVERSE)
+if(start EQUAL -1 OR NOT start EQUAL last)
+  message(FATAL_ERROR "${FROM}: there must be one block that begins with ```c")
+endif()
+math(EXPR start "${start} + 5")
+string(SUBSTRING "${text}" ${start} -1 text)
+string(FIND "${text}" "\n```" end)
+math(EXPR end "${end} + 1")
+string(SUBSTRING "${text}" 0 ${end} text)
+file(WRITE "${TO}" "${text}")
