@@ -37,7 +37,7 @@ SMStatus rebuild(void* block, uint32_t* capacity, uint16_t id, uint8_t type, con
   if (config == nullptr) {
     return SM_STATUS_BUFFER_TOO_SMALL;
   }
-  const SMStatus status = add_data(config.get(), id, type, data, size, 1);
+  const SMStatus status = add_data(config.get(), id, type, data, size, 1, UnaddedChild::kFree);
   if (status != SM_STATUS_SUCCESS) {
     return status;
   }

@@ -94,18 +94,22 @@ SMStatus add_array_block(SMSDOConfig* config, const NewValue& block, uint32_t re
   return status;
 }
 
-SMStatus add_object_block(SMSDOConfig* config, const NewValue& block, uint32_t replace) {
-  const SMSDOConfig* child = to_config(block.bytes);
+SMStatus add_object_block(SMSDOConfig* config, const NewValue& block, uint32_t replace,
+                          UnaddedChild unadded) {
+  SMSDOConfig* child = to_config(block.bytes);
   if (child == nullptr) {
     return kFailed;
   }
-  // When the add fails the converted child is not freed: callers of this library know and work
-  // around the loss, and some of them around its absence.
-  return add_value(config, {block.id, with_base(block.type, SDO_TYPE_CONFIG), &child, sizeof child},
-                   replace);
+  const NewValue value{block.id, with_base(block.type, SDO_TYPE_CONFIG), &child, sizeof child};
+  const SMStatus status = add_value(config, value, replace);
+  if (status != SM_STATUS_SUCCESS && unadded == UnaddedChild::kFree) {
+    free_config(child);
+  }
+  return status;
 }
 
-SMStatus add_block(SMSDOConfig* config, const NewValue& block, uint32_t replace) {
+SMStatus add_block(SMSDOConfig* config, const NewValue& block, uint32_t replace,
+                   UnaddedChild unadded) {
   if (block.size < kHeaderSize) {
     return SM_STATUS_INVALID_PARAMETER;
   }
@@ -113,7 +117,7 @@ SMStatus add_block(SMSDOConfig* config, const NewValue& block, uint32_t replace)
     return add_array_block(config, block, replace);
   }
   if (is_object(block.bytes)) {
-    return add_object_block(config, block, replace);
+    return add_object_block(config, block, replace, unadded);
   }
   return SM_STATUS_INVALID_PARAMETER;
 }
@@ -203,13 +207,13 @@ uint32_t count(const SMSDOConfig* config) {
 }
 
 SMStatus add_data(SMSDOConfig* config, uint16_t id, uint8_t type, const void* data, uint32_t size,
-                  uint32_t replace) {
+                  uint32_t replace, UnaddedChild unadded) {
   if (config == nullptr || !is_valid_id(id) || type == 0 || data == nullptr || size == 0) {
     return SM_STATUS_INVALID_PARAMETER;
   }
   switch (base_type(type)) {
     case SDO_TYPE_BINARY:
-      return add_block(config, {id, type, data, size}, replace);
+      return add_block(config, {id, type, data, size}, replace, unadded);
     case SDO_TYPE_CONFIG:
       if ((type & SDO_TYPE_FLAG_ARRAY) == 0) {
         // The argument is the child, and a pointer's size is the host's, not the caller's.

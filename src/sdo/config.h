@@ -60,8 +60,13 @@ void free_configs(SMSDOConfig** configs, uint32_t count);  // and sets each poin
 [[nodiscard]] SMSDOConfig* clone(const SMSDOConfig* config);
 [[nodiscard]] uint32_t compare_by_value(const SMSDOConfig* a, const SMSDOConfig* b);
 [[nodiscard]] uint32_t count(const SMSDOConfig* config);
+
+// What becomes of the record that a single block was converted to when it cannot be added. The
+// export has always lost it, and that is kept; nothing inside the library loses one.
+enum class UnaddedChild { kFree, kLose };
+
 [[nodiscard]] SMStatus add_data(SMSDOConfig* config, uint16_t id, uint8_t type, const void* data,
-                                uint32_t size, uint32_t replace);
+                                uint32_t size, uint32_t replace, UnaddedChild unadded);
 [[nodiscard]] SMStatus get_data_by_id(const SMSDOConfig* config, uint16_t id, uint8_t* type_out,
                                       void* buffer, uint32_t* size);
 [[nodiscard]] SMStatus get_data_by_index(const SMSDOConfig* config, uint32_t index,

@@ -105,7 +105,8 @@ SMSDOConfig* to_config(const void* block) {
     const Value value = value_of(place, record);
     // No block holds pointers: what such an entry says would be taken for the address of a child.
     if (base_type(record.type) == SDO_TYPE_CONFIG ||
-        add_data(config, record.id, record.type, value.bytes, value.size, 0) != SM_STATUS_SUCCESS) {
+        add_data(config, record.id, record.type, value.bytes, value.size, 0, UnaddedChild::kFree) !=
+            SM_STATUS_SUCCESS) {
       free_config(config);
       return nullptr;
     }

@@ -31,7 +31,7 @@ uint32_t SMSDOConfigGetCount(const SMSDOConfig* config) {
 
 SMStatus SMSDOConfigAddData(SMSDOConfig* config, uint16_t id, uint8_t type, const void* data,
                             uint32_t size, uint32_t replace) {
-  return sdo::add_data(config, id, type, data, size, replace);
+  return sdo::add_data(config, id, type, data, size, replace, sdo::UnaddedChild::kLose);
 }
 
 SMStatus SMSDOConfigGetDataByID(const SMSDOConfig* config, uint16_t id, uint8_t* typeOut,

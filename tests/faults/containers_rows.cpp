@@ -1,0 +1,48 @@
+// Containers under failing allocations.
+
+#include "faults/sweep.h"
+#include "kqsupt/containers.h"
+
+namespace kqsupt::tests {
+namespace {
+
+int32_t compare(void* key, void* data, uint32_t) {
+  return *static_cast<int*>(key) - *static_cast<int*>(data);
+}
+
+int32_t count(void* context, void*) {
+  ++*static_cast<int*>(context);
+  return 1;
+}
+
+struct Tree {
+  Tree() {
+    for (int& item : items) {
+      (void)SMRedBlackTreeDataInsert(&tree, &item, &item, compare);
+    }
+  }
+  ~Tree() { SMRedBlackTreeDelete(&tree, nullptr, nullptr); }
+
+  SMRedBlackTree tree = nullptr;
+  int items[3] = {10, 20, 30};
+  int added = 25;
+};
+
+}  // namespace
+
+std::vector<Row> containers_rows() {
+  return {
+      row<Tree>(
+          "SMRedBlackTreeDataInsert", {{SM_STATUS_NO_MEMORY, 0}},
+          [](Tree& state) {
+            return SMRedBlackTreeDataInsert(&state.tree, &state.added, &state.added, compare);
+          },
+          [](Tree& state) {
+            int items = 0;
+            SMRedBlackTreeDataWalk(state.tree, &items, count, SM_RED_BLACK_TREE_WALK_ASCENDING);
+            return items == 3;
+          }),
+  };
+}
+
+}  // namespace kqsupt::tests
