@@ -5,5 +5,6 @@
 #include <kqsupt/containers.h>
 #include <kqsupt/frame.h>
 #include <kqsupt/sdo.h>
+#include <kqsupt/text.h>
 
 #endif
