@@ -115,6 +115,7 @@ int localtime_s(struct tm* calendar, const time_t* time) {
   if (calendar == nullptr || time == nullptr) {
     return EINVAL;
   }
+  tzset();  // as localtime does, and localtime_r does not
   return localtime_r(time, calendar) != nullptr ? 0 : errno;
 }
 
@@ -122,7 +123,8 @@ int ctime_s(char* destination, size_t size, const time_t* time) {
   if (!has_room(destination, size) || time == nullptr) {
     return refuse(destination, size, EINVAL);
   }
-  char text[64];  // the longest year of a 64-bit time takes ten digits
+  char text[26];  // what ctime_r asks for; it has no text for years that need more
+  tzset();        // as ctime does, and ctime_r does not
   if (ctime_r(time, text) == nullptr) {
     return refuse(destination, size, EINVAL);
   }

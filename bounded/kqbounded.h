@@ -15,6 +15,9 @@
 
 #define KQBOUNDED_API __attribute__((visibility("default")))
 
+/* The library has 64-bit times: a caller on a 32-bit host is built with _TIME_BITS=64. */
+typedef char kqbounded_needs_64_bit_times[sizeof(time_t) == 8 ? 1 : -1];
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -48,7 +51,8 @@ KQBOUNDED_API int getenv_s(size_t* needed, char* value, size_t size, const char*
 /* The local calendar time of `*time`. The result is the errno of a failed conversion. */
 KQBOUNDED_API int localtime_s(struct tm* calendar, const time_t* time);
 
-/* The text that ctime makes of `*time`, 26 bytes for the years up to 9999. */
+/* The text that ctime makes of `*time`, 26 bytes with the terminator. EINVAL too for years that take more
+ * than four digits. */
 KQBOUNDED_API int ctime_s(char* destination, size_t size, const time_t* time);
 
 /* The digits of `value` in `radix`, 2 to 36, in lower case. Only radix 10 knows a sign: the others

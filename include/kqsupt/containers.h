@@ -85,7 +85,7 @@ KQSUPT_API SMStatus SMRedBlackTreeDataDelete(SMRedBlackTree* tree, void* key,
 
 /* Frees every node, the greater items before the smaller ones below the same node, and leaves the
  * tree empty. `freed`, when it is not NULL, is called with `context` and each item before its node
- * goes, and may release the item. A NULL `tree` is ignored. */
+ * goes, and may release the item; it must not use the tree. A NULL `tree` is ignored. */
 KQSUPT_API void SMRedBlackTreeDelete(SMRedBlackTree* tree, void* context,
                                      SMRedBlackTreeFreed freed);
 

@@ -1,12 +1,13 @@
 /* Self-describing data objects: keyed records that agents build, change and hand to each other.
  *
- * A record is a set of entries, each with an ID, a type byte and a value. It has two forms:
+ * A record is a set of entries, each with an ID, a type byte and a value. It has two forms. In
+ * memory, as an SMSDOConfig, it is built and changed entry by entry, and always knows the size of
+ * its binary form. The binary form is one contiguous block of at most 65,535 bytes in host byte
+ * order, which is stored or sent to another process of the same machine and read there in place.
  *
- * - SMSDOConfig, in memory: built and changed entry by entry. It always knows the size of
- *   - the binary form, one contiguous block of at most 65,535 bytes in host byte order, that is
- *     stored or sent to another process of the same machine and read there in place.
- *
- * The value of an entry may itself be a record or an array of records, so a record is a tree.
+ * The value of an entry may itself be a record or an array of records, so a record is a tree. A
+ * record is held by one other at the most, and once. Rebuilding and freeing nested records takes up
+ * to some 350 bytes of stack for each level.
  *
  * Nothing here locks. Use one record from one thread at a time; a block that nobody edits may be
  * read by several threads at once. Readers of blocks trust the offsets in them: hand them only
@@ -67,8 +68,8 @@ KQSUPT_API uint32_t SMSDOConfigGetCount(const SMSDOConfig* config);
  * Base type SDO_TYPE_CONFIG takes children over: without the array flag `data` is the child itself
  * (`size` may be any value but 0), with it `data` is an array of SMSDOConfig* and `size` its bytes,
  * a whole number of pointers. On success they belong to `config`; on failure they stay the
- * caller's. Base type SDO_TYPE_BINARY converts the block at `data`, whose own size counts, and adds
- * the result as a child or an array of children of its own.
+ * caller's. Base type SDO_TYPE_BINARY converts the block at `data`, which lies within
+ * `size` bytes, and adds the result as a child or an array of children of its own.
  *
  * A replaced entry's children are freed when the new value is made of children too, but for those
  * that it holds again. When the new value is of another type they are not freed: look them up
@@ -76,13 +77,14 @@ KQSUPT_API uint32_t SMSDOConfigGetCount(const SMSDOConfig* config);
  *
  * SM_STATUS_INVALID_PARAMETER: `config` or `data` NULL, ID not valid, `type` or `size` 0, an array
  * of children that is not a whole number of pointers, a block without a record's signature or
- * smaller than its header. SM_STATUS_OUT_OF_SPACE: the record has 65,535 entries or would grow to
- * 65,536 bytes or more with this entry, not counting what a replaced one would give back.
+ * larger than
+ * `size`, or `config` itself as a child. SM_STATUS_OUT_OF_SPACE: the record has 65,535 entries or
+ * would grow to 65,536 bytes or more with this entry, not counting what a replaced one would give
+ * back, or the array has more than 65,535 children, NULLs included.
  * SM_STATUS_NO_MEMORY. SM_STATUS_ALREADY_EXISTS: an entry has the ID and `replace` is not 1.
  * 0xFFFFFFFF: a block could not be converted; for an array of blocks also the status of
  * SMSDOBinaryArrayToConfigArray. When an add fails after a single block was converted, the
- * converted record is lost to its caller, as it always was: test for the ID first where that
- * matters. */
+ * converted record is lost to its caller: test for the ID first where that matters. */
 KQSUPT_API SMStatus SMSDOConfigAddData(SMSDOConfig* config, uint16_t id, uint8_t type,
                                        const void* data, uint32_t size, uint32_t replace);
 
@@ -112,8 +114,8 @@ KQSUPT_API SMStatus SMSDOConfigGetDataByIndex(const SMSDOConfig* config, uint32_
 KQSUPT_API SMStatus SMSDOConfigRemoveData(SMSDOConfig* config, uint16_t id, uint32_t index,
                                           uint32_t removeAll);
 
-/* The size of the binary form, kept current by adding and removing; 0 when `config` is NULL. It
- * counts each child as large as it was when it was added. */
+/* The size of the binary form, kept current by adding and removing; 0 when `config` is NULL. It does
+ * not follow a child that is changed after it was added. */
 KQSUPT_API uint32_t SMSDOConfigGetBinarySize(const SMSDOConfig* config);
 
 /* Recomputes the binary size, stores and returns it; 0 when `config` is NULL. The sum counts 8
@@ -127,8 +129,9 @@ KQSUPT_API uint32_t SMSDOConfigReCalcBinarySize(SMSDOConfig* config);
 /* Serializes the record to `buffer`. `*size` receives the number of bytes written.
  * SM_STATUS_INVALID_PARAMETER: an argument is NULL. SM_STATUS_BUFFER_TOO_SMALL: `*size` is below
  * the binary size; it is not changed. 0xFFFFFFFF: what was written is not what the binary size
- * says, because a child has changed since it was added or the size was recomputed, or the record is
- * larger than a block can be. */
+ * says, because a child has changed since it was added or the size was recomputed; `*size` then receives
+ * what was written. Also, with `*size` 0, when the record is larger than a block can be. On any of
+ * these failures the content of `buffer` is unspecified up to the `*size` given. */
 KQSUPT_API SMStatus SMSDOConfigToBinary(const SMSDOConfig* config, void* buffer, uint32_t* size);
 
 /* Rebuilds a record from a block. The caller releases it with SMSDOConfigFree. NULL when `binary`
@@ -136,8 +139,8 @@ KQSUPT_API SMStatus SMSDOConfigToBinary(const SMSDOConfig* config, void* buffer,
 KQSUPT_API SMSDOConfig* SMSDOBinaryToConfig(const void* binary);
 
 /* Serializes `count` records to an array block in `buffer`; NULL pointers among them are skipped.
- * Records that do not fit are left out without an error: `*size` receives the size that all of them
- * need, so compare. With `buffer` NULL it receives 8 bytes less than the array needs.
+ * Records that do not fit, or that would make the array 65,536 bytes or larger, are left out without
+ * an error: `*size` receives the size that all of them need, so compare. With `buffer` NULL it receives 8 bytes less than the array needs.
  * SM_STATUS_INVALID_PARAMETER: `configs` or `size` NULL. SM_STATUS_BUFFER_TOO_SMALL: `*size` is
  * below the 8 bytes of an empty array. SM_STATUS_OUT_OF_SPACE: the sizes add up to 4 GiB or more.
  * 0xFFFFFFFF: a record cannot be serialized. On failure `*size` is not changed. */
@@ -174,9 +177,8 @@ KQSUPT_API uint32_t SMSDOBinaryGetSize(const void* binary, uint16_t* isArray);
 KQSUPT_API SMStatus SMSDOBinaryGetDataByID(const void* binary, uint16_t id, uint8_t* typeOut,
                                            void* buffer, uint32_t* size);
 
-/* Copies the value of the entry at `index`, with the size it was added with. On success `*idOut`
- * and
- * `*typeOut`, when given, receive ID and type; `*size` receives the size of the value, also with
+/* Copies the value of the entry at `index`, with the size it was added with. On success `*idOut` and
+ * `*typeOut`, when given, receive ID and type. `*size` receives the size of the value, also with
  * SM_STATUS_BUFFER_TOO_SMALL.
  * SM_STATUS_INVALID_PARAMETER: `binary`, `idOut` or `size` NULL. SM_STATUS_INDEX_OUT_OF_RANGE:
  * `index` is not below the count. SM_STATUS_OPERATION_FAILED: not a record.
@@ -197,9 +199,9 @@ KQSUPT_API SMStatus SMSDOBinarySetData(void* binary, uint32_t* capacity, uint16_
                                        const void* data, uint32_t size);
 
 /* Called once per block before its contents. `parentToken` is the token of the entry that holds the
- * block, 0 for the outermost; `isArray` 1 or 0; `count` the entries or elements; `index` the
- * position in an array for an element of one, else 0xFFFFFFFF. A result other than 0 ends the walk.
- */
+ * block, 0 for the outermost; `isArray` is 1 or 0; `count` the number of entries or elements;
+ * `index` the position in an array for an element of one, else 0xFFFFFFFF. `block` points into the
+ * outermost block, with no alignment. A result other than 0 ends the walk. */
 typedef SMStatus (*SMSDOBinaryWalkBegin)(void* context, uint32_t parentToken, uint32_t isArray,
                                          uint32_t count, uint32_t index, const void* block);
 
@@ -232,11 +234,12 @@ KQSUPT_API SMStatus SMSDOBinaryWalk(const void* binary, void* context, SMSDOBina
  * SM_STATUS_INVALID_PARAMETER: `buffer` NULL. SM_STATUS_BUFFER_TOO_SMALL: `size` below 8. */
 KQSUPT_API SMStatus SMSDOBinaryArrayInitHeader(void* buffer, uint32_t size);
 
-/* Appends `elementSize` bytes of `element`, a record's block that is not checked, to the array,
- * which lies in a buffer of `*capacity` bytes. SM_STATUS_INVALID_PARAMETER: an argument is NULL, or
- * not an array. SM_STATUS_BUFFER_TOO_SMALL:
- * `*capacity` below 16; or below the size that the array would have, which it receives; or that
- * size is 65,536 or more. */
+/* Appends `elementSize` bytes of `element`, a record's block, to the array, which lies in a buffer of
+ * `*capacity` bytes. The element is not checked: it must be a whole block of that size, or what
+ * comes after it is not found.
+ * SM_STATUS_INVALID_PARAMETER: an argument is NULL, or not an array. SM_STATUS_BUFFER_TOO_SMALL:
+ * `*capacity` below 16; or below the size that the array would have, which it receives; or that size
+ * is 65,536 or more. */
 KQSUPT_API SMStatus SMSDOBinaryArrayAddData(void* array, uint32_t* capacity, const void* element,
                                             uint32_t elementSize);
 

@@ -86,15 +86,17 @@ void erase_all(Node** tree, Freed&& freed) {
       node = parent;
     }
   }
+  *tree = nullptr;
 }
 
 // The exported operations.
 [[nodiscard]] SMStatus tree_insert(Node** tree, void* data, void* key,
                                    SMRedBlackTreeCompare compare);
-void* tree_replace(Node** tree, void* new_data, void* key, SMRedBlackTreeCompare compare);
+[[nodiscard]] void* tree_replace(Node** tree, void* new_data, void* key,
+                                 SMRedBlackTreeCompare compare);
 [[nodiscard]] SMStatus tree_delete(Node** tree, void* key, SMRedBlackTreeCompare compare);
 void tree_delete_all(Node** tree, void* context, SMRedBlackTreeFreed freed);
-void* tree_walk(Node* root, void* context, SMRedBlackTreeVisit visit, uint32_t mode);
+[[nodiscard]] void* tree_walk(Node* root, void* context, SMRedBlackTreeVisit visit, uint32_t mode);
 void tree_set_empty(Node** tree);
 uint32_t tree_is_empty(const Node* root);
 

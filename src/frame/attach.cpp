@@ -7,15 +7,16 @@
 namespace kqsupt::frame {
 namespace {
 
-// The modules that a process starts, in order; a row is here once its family is. Records and trees
-// keep nothing between two calls and need none. Each export works, or says that it cannot, whether
+// The modules that a process starts, in order. Records and trees keep nothing between two calls and
+// need none. Each export works, or says that it cannot, whether
 // or not the start succeeded and also before the constructor below has run.
 constexpr std::array<Module, 0> kModules{};
 
 constinit AttachSequence process_attach(kModules);
 
+// A failed start is no failure to load: what was not started says so when it is called.
 [[gnu::constructor]] void on_load() {
-  process_attach.attach();
+  (void)process_attach.attach();
 }
 
 [[gnu::destructor]] void on_unload() {

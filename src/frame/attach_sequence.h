@@ -20,7 +20,7 @@ class AttachSequence {
 
   // False when a module did not start: the earlier ones have been stopped again, the latest first.
   // The attach stays counted, so a second one reports success and starts nothing.
-  bool attach();
+  [[nodiscard]] bool attach();
 
   // Below one attach all modules are stopped, also after a failed start.
   void detach();

@@ -11,15 +11,47 @@
 namespace kqsupt::sdo {
 namespace {
 
-// The element at `index`, or the end of the elements for an index equal to the count: each element
-// tells by its own size where the next one starts.
-const uint8_t* element_at(const void* array, uint32_t index) {
-  const uint8_t* element = advance(array, kHeaderSize);
+// Where the element at `index` starts, or the end of the elements for an index equal to the count:
+// each element tells by its own size where the next one starts.
+size_t offset_of_element(const void* array, uint32_t index) {
+  size_t offset = kHeaderSize;
   for (; index > 0; --index) {
-    element += header_of(element).size;
+    offset += header_of(advance(array, offset)).size;
   }
-  return element;
+  return offset;
 }
+
+// Builds an array block in memory that has room for what is added to it.
+class ArrayWriter {
+ public:
+  // `out` may be null while nothing is added.
+  explicit ArrayWriter(uint8_t* out) : out_(out) {
+    if (out != nullptr) {
+      store(out, BlockHeader{kArraySignature, 0, kHeaderSize});
+    }
+  }
+
+  // Whether the block stays one with this element too.
+  [[nodiscard]] bool has_room(const SMSDOConfig& config) const {
+    return uint64_t{end_} + config.binary_size < kBlockLimit;
+  }
+
+  // False when the element does not serialize; the block is then as it was.
+  [[nodiscard]] bool add(const SMSDOConfig& config) {
+    if (!write_object(config, out_ + end_, config.binary_size).complete) {
+      return false;
+    }
+    end_ += config.binary_size;
+    ++count_;
+    store(out_, BlockHeader{kArraySignature, count_, static_cast<uint16_t>(end_)});
+    return true;
+  }
+
+ private:
+  uint8_t* out_;
+  uint32_t end_ = kHeaderSize;
+  uint16_t count_ = 0;
+};
 
 }  // namespace
 
@@ -45,7 +77,7 @@ SMStatus array_add(void* array, uint32_t* capacity, const void* element, uint32_
     return SM_STATUS_INVALID_PARAMETER;
   }
   BlockHeader header = header_of(array);
-  const auto end = static_cast<size_t>(element_at(array, header.count) - advance(array, 0));
+  const size_t end = offset_of_element(array, header.count);
   const uint64_t total = uint64_t{end} + element_size;
   if (total > *capacity) {
     *capacity = static_cast<uint32_t>(std::min<uint64_t>(total, UINT32_MAX));
@@ -72,7 +104,7 @@ SMStatus array_get(const void* array, uint32_t /*array_size*/, uint32_t index, v
   if (index >= header_of(array).count) {
     return SM_STATUS_DATA_NOT_FOUND;
   }
-  const uint8_t* element = element_at(array, index);
+  const uint8_t* element = advance(array, offset_of_element(array, index));
   if (!is_object(element)) {
     return SM_STATUS_OPERATION_FAILED;
   }
@@ -97,27 +129,17 @@ SMStatus configs_to_array(SMSDOConfig* const* configs, uint32_t count, void* buf
     }
     total = kHeaderSize;
   }
-  BlockHeader header{kArraySignature, 0, kHeaderSize};
-  for (uint32_t i = 0; i < count; ++i) {
-    const SMSDOConfig* config = configs[i];
+  ArrayWriter array(static_cast<uint8_t*>(buffer));
+  for (const SMSDOConfig* config : Children(configs, count)) {
     if (config == nullptr) {
       continue;
     }
-    // The array has no gaps, so the total so far is also where the next element goes.
-    uint8_t* place = buffer != nullptr ? advance(buffer, static_cast<size_t>(total)) : nullptr;
     total += config->binary_size;
-    if (buffer == nullptr || total > *size || total >= kBlockLimit) {
-      if (!is_serializable(*config)) {
-        return kFailed;
-      }
-      continue;
-    }
-    if (!write_object(*config, place, config->binary_size).complete) {
+    // What was left out counts too, so that callers learn what all of them need.
+    const bool fits = buffer != nullptr && total <= *size && array.has_room(*config);
+    if (fits ? !array.add(*config) : !is_serializable(*config)) {
       return kFailed;
     }
-    header.count += 1;
-    header.size = static_cast<uint16_t>(total);
-    store(buffer, header);
   }
   if (total > UINT32_MAX) {
     return SM_STATUS_OUT_OF_SPACE;
@@ -127,19 +149,12 @@ SMStatus configs_to_array(SMSDOConfig* const* configs, uint32_t count, void* buf
 }
 
 bool write_array(Children children, uint8_t* out) {
-  uint16_t count = 0;
-  uint32_t end = kHeaderSize;
+  ArrayWriter array(out);
   for (const SMSDOConfig* child : children) {
-    if (child == nullptr) {
-      continue;
-    }
-    if (!write_object(*child, out + end, child->binary_size).complete) {
+    if (child != nullptr && !(array.has_room(*child) && array.add(*child))) {
       return false;
     }
-    ++count;
-    end += child->binary_size;
   }
-  store(out, BlockHeader{kArraySignature, count, static_cast<uint16_t>(end)});
   return true;
 }
 

@@ -1,7 +1,5 @@
 // Changing a value inside a record's block.
 
-#include <memory>
-
 #include "sdo/binary.h"
 #include "sdo/config.h"
 #include "sdo/conversion.h"
@@ -9,11 +7,6 @@
 
 namespace kqsupt::sdo {
 namespace {
-
-struct ConfigFree {
-  void operator()(SMSDOConfig* config) const { free_config(config); }
-};
-using ConfigPtr = std::unique_ptr<SMSDOConfig, ConfigFree>;
 
 // Overwrites the value where it lies. False when it does not fit there as it is.
 bool overwrite(uint8_t* place, const void* data, uint32_t size) {

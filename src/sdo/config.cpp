@@ -2,7 +2,7 @@
 
 #include "sdo/config.h"
 
-#include <cstdlib>
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -33,21 +33,36 @@ Node* node_at(const SMSDOConfig& config, uint32_t index) {
   return node;
 }
 
+// Moves the binary size by what entries came to cost more or less. A child may have changed since
+// it was added, so what is given back may be more than was ever taken: the size of the records
+// themselves is what is left then.
+void adjust_size(SMSDOConfig* config, uint64_t added, uint64_t removed) {
+  const uint64_t smallest = kHeaderSize + uint64_t{kRecordSize} * config->count;
+  const uint64_t size = config->binary_size + added;
+  const uint64_t kept = config->count == 0 || size < removed ? 0 : size - removed;
+  config->binary_size = static_cast<uint32_t>(std::clamp<uint64_t>(kept, smallest, UINT32_MAX));
+}
+
 // Puts `entry` in the place of the one at `node`. A child that both hold is not freed, and no child
 // is when the new value is of another type: callers keep children across such a replacement.
 void replace_entry(SMSDOConfig* config, Node* node, Entry* entry, uint64_t cost) {
   auto* old = static_cast<Entry*>(std::exchange(node->data, entry));
-  config->binary_size += static_cast<uint32_t>(cost - cost_of(*old));
+  adjust_size(config, cost, cost_of(*old));
   if (base_type(entry->type) == SDO_TYPE_CONFIG) {
     free_children_not_kept(*old, *entry);
   }
-  std::free(old);
+  frame::release(old);
 }
 
 SMStatus add_value(SMSDOConfig* config, const NewValue& value, uint32_t replace) {
   // More children than an array block can count never serialize.
   if (value.size / sizeof(SMSDOConfig*) > kEntryLimit && base_type(value.type) == SDO_TYPE_CONFIG) {
     return SM_STATUS_OUT_OF_SPACE;
+  }
+  for (const SMSDOConfig* child : children_of(value.type, value.bytes, value.size)) {
+    if (child == config) {
+      return SM_STATUS_INVALID_PARAMETER;
+    }
   }
   // The room is tested before a replaced entry gives back its own.
   const uint64_t cost = cost_of(value.type, value.bytes, value.size);
@@ -96,21 +111,23 @@ SMStatus add_array_block(SMSDOConfig* config, const NewValue& block, uint32_t re
 
 SMStatus add_object_block(SMSDOConfig* config, const NewValue& block, uint32_t replace,
                           UnaddedChild unadded) {
-  SMSDOConfig* child = to_config(block.bytes);
+  ConfigPtr child(to_config(block.bytes));
   if (child == nullptr) {
     return kFailed;
   }
-  const NewValue value{block.id, with_base(block.type, SDO_TYPE_CONFIG), &child, sizeof child};
+  const SMSDOConfig* pointer = child.get();
+  const NewValue value{block.id, with_base(block.type, SDO_TYPE_CONFIG), &pointer, sizeof pointer};
   const SMStatus status = add_value(config, value, replace);
-  if (status != SM_STATUS_SUCCESS && unadded == UnaddedChild::kFree) {
-    free_config(child);
+  if (status == SM_STATUS_SUCCESS || unadded == UnaddedChild::kLose) {
+    (void)child.release();
   }
   return status;
 }
 
 SMStatus add_block(SMSDOConfig* config, const NewValue& block, uint32_t replace,
                    UnaddedChild unadded) {
-  if (block.size < kHeaderSize) {
+  // A block that is cut short is not read; what lies inside it is trusted.
+  if (block.size < kHeaderSize || block.size < header_of(block.bytes).size) {
     return SM_STATUS_INVALID_PARAMETER;
   }
   if (is_array(block.bytes)) {
@@ -142,13 +159,9 @@ void remove_all_entries(SMSDOConfig* config) {
   config->binary_size = kHeaderSize;
 }
 
-bool has_block_size(const SMSDOConfig& config) {
-  return config.binary_size >= kHeaderSize && config.binary_size < kBlockLimit;
-}
-
 // The record's block; null when memory is short or the record does not serialize.
 HeapPtr<uint8_t[]> serialized(const SMSDOConfig& config) {
-  HeapPtr<uint8_t[]> block(static_cast<uint8_t*>(std::malloc(config.binary_size)));
+  HeapPtr<uint8_t[]> block(static_cast<uint8_t*>(frame::allocate(config.binary_size)));
   uint32_t size = config.binary_size;
   if (block != nullptr && to_binary(&config, block.get(), &size) != SM_STATUS_SUCCESS) {
     block.reset();
@@ -159,7 +172,7 @@ HeapPtr<uint8_t[]> serialized(const SMSDOConfig& config) {
 }  // namespace
 
 SMSDOConfig* alloc_config() {
-  auto* config = static_cast<SMSDOConfig*>(std::malloc(sizeof(SMSDOConfig)));
+  auto* config = static_cast<SMSDOConfig*>(frame::allocate(sizeof(SMSDOConfig)));
   if (config != nullptr) {
     *config = {nullptr, 0, kHeaderSize};
   }
@@ -169,7 +182,7 @@ SMSDOConfig* alloc_config() {
 void free_config(SMSDOConfig* config) {
   if (config != nullptr) {
     remove_all_entries(config);
-    std::free(config);
+    frame::release(config);
   }
 }
 
@@ -180,7 +193,7 @@ void free_configs(SMSDOConfig** configs, uint32_t count) {
 }
 
 SMSDOConfig* clone(const SMSDOConfig* config) {
-  if (config == nullptr || !has_block_size(*config)) {
+  if (config == nullptr || config->binary_size >= kBlockLimit) {
     return nullptr;
   }
   const auto block = serialized(*config);
@@ -191,7 +204,7 @@ uint32_t compare_by_value(const SMSDOConfig* a, const SMSDOConfig* b) {
   if (a == nullptr || b == nullptr) {
     return a == b ? 1 : 0;
   }
-  if (a->binary_size != b->binary_size || !has_block_size(*a)) {
+  if (a->binary_size != b->binary_size || a->binary_size >= kBlockLimit) {
     return 0;
   }
   const auto block_a = serialized(*a);
@@ -219,10 +232,8 @@ SMStatus add_data(SMSDOConfig* config, uint16_t id, uint8_t type, const void* da
         // The argument is the child, and a pointer's size is the host's, not the caller's.
         return add_value(config, {id, type, &data, sizeof data}, replace);
       }
-      if (size % sizeof(SMSDOConfig*) != 0) {
-        return SM_STATUS_INVALID_PARAMETER;
-      }
-      [[fallthrough]];
+      return size % sizeof(SMSDOConfig*) == 0 ? add_value(config, {id, type, data, size}, replace)
+                                              : SMStatus{SM_STATUS_INVALID_PARAMETER};
     default:
       return add_value(config, {id, type, data, size}, replace);
   }
@@ -274,7 +285,7 @@ SMStatus remove_data(SMSDOConfig* config, uint16_t id, uint32_t index, uint32_t 
   Entry* entry = &entry_of(node);
   containers::erase(&config->entries, node);
   config->count -= 1;
-  config->binary_size -= static_cast<uint32_t>(cost_of(*entry));
+  adjust_size(config, 0, cost_of(*entry));
   free_entry(entry);
   return SM_STATUS_SUCCESS;
 }
@@ -283,9 +294,9 @@ uint32_t recalc_binary_size(SMSDOConfig* config) {
   if (config == nullptr) {
     return 0;
   }
-  // Not the sum that add_data keeps: each value counts in full and an array has no header. Callers
-  // compare sizes with what earlier versions stored, so both rules stay.
-  uint32_t sum = kHeaderSize;
+  // Not the sum that add_data keeps: each value counts in full and an array has no header. Agents
+  // compare what this returns with sizes that they have stored, so both rules stay.
+  uint64_t sum = kHeaderSize;
   for (const Entry& entry : EntriesInOrder(*config)) {
     sum += kRecordSize;
     if (base_type(entry.type) != SDO_TYPE_CONFIG) {
@@ -295,8 +306,8 @@ uint32_t recalc_binary_size(SMSDOConfig* config) {
       sum += binary_size(child);
     }
   }
-  config->binary_size = sum;
-  return sum;
+  config->binary_size = static_cast<uint32_t>(std::min<uint64_t>(sum, UINT32_MAX));
+  return config->binary_size;
 }
 
 }  // namespace kqsupt::sdo

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "containers/red_black_tree.h"
 #include "kqsupt/sdo.h"
@@ -20,9 +21,8 @@ inline constexpr SMStatus kFailed = 0xFFFFFFFF;
 
 inline constexpr uint32_t kEntryLimit = 0xFFFF;
 
-// The test is made on the widened argument.
-[[nodiscard]] constexpr bool is_valid_id(uint32_t id) {
-  return id != 0 && id != 0x0000FFFE && (id & 0xFFFF) != 0xFFFF;
+[[nodiscard]] constexpr bool is_valid_id(uint16_t id) {
+  return id != 0 && id != 0xFFFE && id != 0xFFFF;
 }
 
 inline Entry& entry_of(const containers::Node* node) {
@@ -57,12 +57,19 @@ class EntriesInOrder {
 [[nodiscard]] SMSDOConfig* alloc_config();
 void free_config(SMSDOConfig* config);
 void free_configs(SMSDOConfig** configs, uint32_t count);  // and sets each pointer to null
+
+struct ConfigFree {
+  void operator()(SMSDOConfig* config) const { free_config(config); }
+};
+using ConfigPtr = std::unique_ptr<SMSDOConfig, ConfigFree>;
+
 [[nodiscard]] SMSDOConfig* clone(const SMSDOConfig* config);
 [[nodiscard]] uint32_t compare_by_value(const SMSDOConfig* a, const SMSDOConfig* b);
 [[nodiscard]] uint32_t count(const SMSDOConfig* config);
 
 // What becomes of the record that a single block was converted to when it cannot be added. The
-// export has always lost it, and that is kept; nothing inside the library loses one.
+// export loses it: agents count on a failed add to leave every record that they can reach alone.
+// Nothing inside the library loses one.
 enum class UnaddedChild { kFree, kLose };
 
 [[nodiscard]] SMStatus add_data(SMSDOConfig* config, uint16_t id, uint8_t type, const void* data,
@@ -74,7 +81,7 @@ enum class UnaddedChild { kFree, kLose };
                                          uint32_t* size);
 [[nodiscard]] SMStatus remove_data(SMSDOConfig* config, uint16_t id, uint32_t index,
                                    uint32_t remove_all);
-uint32_t recalc_binary_size(SMSDOConfig* config);
+[[nodiscard]] uint32_t recalc_binary_size(SMSDOConfig* config);
 
 [[nodiscard]] inline uint32_t binary_size(const SMSDOConfig* config) {
   return config != nullptr ? config->binary_size : 0;

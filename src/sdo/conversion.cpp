@@ -94,7 +94,7 @@ SMSDOConfig* to_config(const void* block) {
   if (block == nullptr || !is_object(block)) {
     return nullptr;
   }
-  SMSDOConfig* config = alloc_config();
+  ConfigPtr config(alloc_config());
   if (config == nullptr) {
     return nullptr;
   }
@@ -105,13 +105,12 @@ SMSDOConfig* to_config(const void* block) {
     const Value value = value_of(place, record);
     // No block holds pointers: what such an entry says would be taken for the address of a child.
     if (base_type(record.type) == SDO_TYPE_CONFIG ||
-        add_data(config, record.id, record.type, value.bytes, value.size, 0, UnaddedChild::kFree) !=
-            SM_STATUS_SUCCESS) {
-      free_config(config);
+        add_data(config.get(), record.id, record.type, value.bytes, value.size, 0,
+                 UnaddedChild::kFree) != SM_STATUS_SUCCESS) {
       return nullptr;
     }
   }
-  return config;
+  return config.release();
 }
 
 }  // namespace kqsupt::sdo

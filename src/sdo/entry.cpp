@@ -35,9 +35,11 @@ uint64_t cost_of(uint8_t type, const void* value, size_t size) {
 }
 
 Entry* make_entry(const NewValue& value) {
-  auto* entry = static_cast<Entry*>(std::malloc(sizeof(Entry) + value.size));
+  // A value that comes here has been found small enough for a block.
+  const auto size = static_cast<uint32_t>(value.size);
+  auto* entry = static_cast<Entry*>(frame::allocate(sizeof(Entry) + size));
   if (entry != nullptr) {
-    *entry = {static_cast<uint32_t>(value.size), value.id, value.type, 0};
+    *entry = {size, value.id, value.type, 0};
     std::memcpy(entry->value(), value.bytes, value.size);
   }
   return entry;
@@ -47,7 +49,7 @@ void free_entry(Entry* entry) {
   for (SMSDOConfig* child : children_of(*entry)) {
     free_config(child);
   }
-  std::free(entry);
+  frame::release(entry);
 }
 
 void free_children_not_kept(const Entry& old, const Entry& kept) {

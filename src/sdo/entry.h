@@ -25,7 +25,7 @@ struct Entry {
   void* value() { return this + 1; }
   const void* value() const { return this + 1; }
 };
-static_assert(sizeof(Entry) == 8 && alignof(Entry) <= 8);
+static_assert(sizeof(Entry) == 8 && sizeof(Entry) % alignof(SMSDOConfig*) == 0);
 
 using Children = std::span<SMSDOConfig* const>;
 

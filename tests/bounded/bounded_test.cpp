@@ -5,6 +5,7 @@
 #include <limits.h>
 #include <stdlib.h>
 
+#include <limits>
 #include <string>
 
 #include "gtest/gtest.h"
@@ -176,6 +177,70 @@ TEST(LtoaS, RefusesWhatDoesNotFitAndUnknownRadixes) {
   EXPECT_EQ(_ltoa_s(99, text, sizeof text, 10), 0);
   EXPECT_EQ(_ltoa_s(1, text, sizeof text, 1), EINVAL);
   EXPECT_EQ(_ltoa_s(1, text, sizeof text, 37), EINVAL);
+}
+
+TEST(Bounded, NullsAndNoRoomAreRefusedEverywhere) {
+  char text[8] = "x";
+  char* rest = text;
+  FILE* file = stdin;
+  size_t needed = 7;
+  EXPECT_EQ(strncpy_s(nullptr, 8, "a", 1), EINVAL);
+  EXPECT_EQ(strncpy_s(text, 8, nullptr, 1), EINVAL);
+  EXPECT_EQ(strncpy_s(text, 0, "a", 1), EINVAL);
+  EXPECT_EQ(strcat_s(nullptr, 8, "a"), EINVAL);
+  EXPECT_EQ(strcat_s(text, 8, nullptr), EINVAL);
+  EXPECT_EQ(strcat_s(text, 0, "a"), EINVAL);
+  EXPECT_EQ(sprintf_s(nullptr, 8, "a"), EINVAL);
+  EXPECT_EQ(sprintf_s(text, 0, "a"), EINVAL);
+  EXPECT_EQ(strtok_s(text, nullptr, &rest), nullptr);
+  EXPECT_EQ(strtok_s(text, ",", nullptr), nullptr);
+  EXPECT_EQ(fopen_s(&file, nullptr, "r"), EINVAL);
+  EXPECT_EQ(file, nullptr);
+  EXPECT_EQ(fopen_s(&file, "/proc/self/stat", nullptr), EINVAL);
+  EXPECT_EQ(getenv_s(nullptr, text, 8, "PATH"), EINVAL);
+  EXPECT_EQ(getenv_s(&needed, text, 8, nullptr), EINVAL);
+  EXPECT_EQ(getenv_s(&needed, text, 0, "PATH"), EINVAL);
+  EXPECT_EQ(getenv_s(&needed, nullptr, 8, "PATH"), EINVAL);
+  EXPECT_EQ(needed, 7U);
+  EXPECT_EQ(localtime_s(nullptr, nullptr), EINVAL);
+  EXPECT_EQ(ctime_s(text, 8, nullptr), EINVAL);
+  const time_t time = 0;
+  EXPECT_EQ(ctime_s(nullptr, 26, &time), EINVAL);
+  EXPECT_EQ(_ltoa_s(1, nullptr, 8, 10), EINVAL);
+  EXPECT_EQ(_ltoa_s(1, text, 0, 10), EINVAL);
+}
+
+TEST(Bounded, TimesFollowTheTimeZoneAsItIsNow) {
+  const time_t time = 0;
+  struct tm calendar {};
+  setenv("TZ", "UTC-5", 1);
+  EXPECT_EQ(localtime_s(&calendar, &time), 0);
+  EXPECT_EQ(calendar.tm_hour, 5);
+  char text[26];
+  setenv("TZ", "UTC-6", 1);
+  EXPECT_EQ(ctime_s(text, sizeof text, &time), 0);
+  EXPECT_STREQ(text, "Thu Jan  1 06:00:00 1970\n");
+  setenv("TZ", "UTC0", 1);
+  tzset();
+}
+
+TEST(Bounded, TimesBeyondTheCalendarFail) {
+  const time_t time = std::numeric_limits<time_t>::max();
+  struct tm calendar {};
+  char text[26] = "x";
+  EXPECT_EQ(localtime_s(&calendar, &time), EOVERFLOW);
+  EXPECT_EQ(ctime_s(text, sizeof text, &time), EINVAL);
+  EXPECT_STREQ(text, "");
+}
+
+TEST(LtoaS, WritesEveryRadixAndTheSmallestNumber) {
+  char text[sizeof(long) * 8 + 1];
+  for (int radix = 2; radix <= 36; ++radix) {
+    EXPECT_EQ(_ltoa_s(123456, text, sizeof text, radix), 0);
+    EXPECT_EQ(strtol(text, nullptr, radix), 123456);
+  }
+  EXPECT_EQ(_ltoa_s(LONG_MIN, text, sizeof text, 10), 0);
+  EXPECT_EQ(strtol(text, nullptr, 10), LONG_MIN);
 }
 
 }  // namespace

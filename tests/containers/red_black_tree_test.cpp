@@ -9,7 +9,7 @@
 #include "gtest/gtest.h"
 #include "kqsupt/containers.h"
 
-// The first fields of a node, enough to look at the shape.
+// A node as the tree lays it out, to look at the shape.
 struct SMRedBlackTreeNode {
   SMRedBlackTreeNode* left;
   SMRedBlackTreeNode* right;
@@ -32,7 +32,7 @@ int32_t compare(void* key, void* data, uint32_t reserved) {
   return a < b ? -1 : a > b;
 }
 
-// The number of black nodes on every path below `node`; -1, with a failure, for a broken rule.
+// The number of black nodes on every path below `node`, with a failure for every broken rule.
 int black_height(const SMRedBlackTreeNode* node, const SMRedBlackTreeNode* parent) {
   if (node == nullptr) {
     return 0;
@@ -205,6 +205,23 @@ TEST_F(RedBlackTree, DeleteAllTellsOfEachItemRightBeforeLeftBeforeNode) {
   EXPECT_EQ(SMRedBlackTreeIsEmpty(tree_), 1U);
 }
 
+TEST_F(RedBlackTree, DeleteAllIsRightFirstAtEveryNode) {
+  fill(7);  // 10 above 0 and 30, 30 above 20 and 50, 50 above 40 and 60
+  std::vector<int> freed;
+  SMRedBlackTreeDelete(&tree_, &freed, [](void* context, void* data) {
+    static_cast<std::vector<int>*>(context)->push_back(static_cast<Item*>(data)->key);
+  });
+  EXPECT_EQ(freed, (std::vector{60, 40, 50, 20, 30, 0, 10}));
+}
+
+TEST_F(RedBlackTree, DeletingANodeOfTwoChildrenPutsItsSuccessorThere) {
+  fill(7);
+  int root = 10;
+  EXPECT_EQ(SMRedBlackTreeDataDelete(&tree_, &root, compare), SM_STATUS_SUCCESS);
+  EXPECT_EQ(static_cast<Item*>(tree_->data)->key, 20);
+  expect_balanced();
+}
+
 TEST_F(RedBlackTree, DeleteAllNeedsNoCallback) {
   fill(100);
   SMRedBlackTreeDelete(&tree_, nullptr, nullptr);
@@ -271,7 +288,7 @@ TEST_F(RedBlackTree, SearchFindsByTheComparisonAlone) {
 }
 
 TEST_F(RedBlackTree, GuidedWalkTakesTheSideOfTheSignFirst) {
-  fill(7);  // 30 above 10 and 50 after the rotations of an ascending fill: see the ascending walk
+  fill(7);  // 10 above 0 and 30, 30 above 20 and 50, 50 above 40 and 60
   Trace left{{}, -1, -1};
   EXPECT_EQ(SMRedBlackTreeDataWalk(tree_, &left, note, SM_RED_BLACK_TREE_WALK_GUIDED), nullptr);
   EXPECT_EQ(left.keys, (std::vector{10, 0, 30, 20, 50, 40, 60}));

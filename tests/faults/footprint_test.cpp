@@ -77,5 +77,13 @@ TEST(Footprint, SerializingAndReadingAllocateNothing) {
             0U);
 }
 
+TEST(Footprint, AnAddOfASingleBlockThatFailsLosesTheConvertedRecord) {
+  const Record record = record_of(4);
+  const Bytes block = serialized(record_of(5));
+  const int64_t before = live_blocks();
+  EXPECT_EQ(add(record, 1, kBlock, block), SM_STATUS_ALREADY_EXISTS);
+  EXPECT_EQ(live_blocks() - before, 3) << "the record, its entry, its node";
+}
+
 }  // namespace
 }  // namespace kqsupt::tests

@@ -47,14 +47,14 @@ TEST_F(AttachSequenceTest, FirstAttachStartsTheModulesInOrder) {
 }
 
 TEST_F(AttachSequenceTest, SecondAttachStartsNothing) {
-  sequence_.attach();
+  (void)sequence_.attach();
   EXPECT_TRUE(sequence_.attach());
   EXPECT_EQ(events, "abc");
 }
 
 TEST_F(AttachSequenceTest, LastDetachStopsInReverse) {
-  sequence_.attach();
-  sequence_.attach();
+  (void)sequence_.attach();
+  (void)sequence_.attach();
   sequence_.detach();
   EXPECT_EQ(events, "abc");
   sequence_.detach();
@@ -91,7 +91,7 @@ TEST_F(AttachSequenceTest, DetachAfterAFailedAttachRunsEveryStop) {
 }
 
 TEST_F(AttachSequenceTest, LibraryAttachesAgainAfterTheLastDetach) {
-  sequence_.attach();
+  (void)sequence_.attach();
   sequence_.detach();
   events.clear();
   EXPECT_TRUE(sequence_.attach());

@@ -82,7 +82,7 @@ TEST_F(Library, AndTheAwaitedNamesMakeTheWholeInterface) {
   constexpr size_t kWholeInterface = 271;
   Names all = in_version_script();
   for (const std::string& name : awaited()) {
-    EXPECT_TRUE(all.insert(name).second) << name << " has landed and is no longer awaited";
+    EXPECT_TRUE(all.insert(name).second) << name << " is exported and awaited at once";
   }
   EXPECT_EQ(all.size(), kWholeInterface);
 }

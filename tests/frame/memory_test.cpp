@@ -16,12 +16,32 @@ TEST(Memory, FreeingNullDoesNothing) {
 }
 
 TEST(Memory, AllocatesWhatTheHeapWouldAllocate) {
-  void* ours = SMAllocMem(100);
-  void* heaps = std::malloc(100);
-  ASSERT_NE(ours, nullptr);
-  EXPECT_EQ(malloc_usable_size(ours), malloc_usable_size(heaps));
-  SMFreeMem(ours);
-  std::free(heaps);
+  for (uint32_t size = 0; size <= 256; ++size) {
+    void* ours = SMAllocMem(size);
+    void* heaps = std::malloc(size);
+    EXPECT_EQ(malloc_usable_size(ours), malloc_usable_size(heaps)) << size;
+    SMFreeMem(ours);
+    std::free(heaps);
+  }
+}
+
+#ifndef KQSUPT_SANITIZED  // whose heap fills every block
+TEST(Memory, IsNotZeroed) {
+  // The heap hands out the block again that was released last, as it was.
+  auto* block = static_cast<volatile unsigned char*>(SMAllocMem(64));
+  for (int i = 0; i < 64; ++i) {
+    block[i] = 0x55;
+  }
+  SMFreeMem(const_cast<unsigned char*>(block));
+  auto* again = static_cast<volatile unsigned char*>(SMAllocMem(64));
+  EXPECT_EQ(again, block);
+  EXPECT_EQ(again[63], 0x55);
+  SMFreeMem(const_cast<unsigned char*>(again));
+}
+#endif
+
+TEST(Memory, ReallocatingToNothingDoesWhatTheHeapDoes) {
+  EXPECT_EQ(SMReAllocMem(SMAllocMem(8), 0), nullptr);  // and has released the block
 }
 
 TEST(Memory, BlocksAreReleasedByEitherSide) {

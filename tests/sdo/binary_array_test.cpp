@@ -234,6 +234,62 @@ TEST(SdoArrayOfManyRecords, LargerThanABlockLeavesOutTheRest) {
   EXPECT_EQ(SMSDOBinaryGetSize(buffer.data(), nullptr), 8U + 2 * 30016);
 }
 
+TEST(SdoArrayOfManyRecords, ASmallerOneStillFitsBehindOneThatDoesNot) {
+  const Record large = record_of(60000);
+  const Record too_large = record_of(10000);
+  const Record small = record_of(3000);
+  SMSDOConfig* const pointers[] = {large.get(), too_large.get(), small.get()};
+  Bytes buffer(100000);
+  uint32_t size = 100000;
+  EXPECT_EQ(SMSDOConfigArrayToBinaryArray(pointers, 3, buffer.data(), &size), SM_STATUS_SUCCESS);
+  EXPECT_EQ(size, 8U + 60016 + 10016 + 3016);
+  EXPECT_EQ(SMSDOBinaryGetCount(buffer.data(), nullptr), 2U);
+  EXPECT_EQ(SMSDOBinaryGetSize(buffer.data(), nullptr), 8U + 60016 + 3016);
+}
+
+TEST(SdoArrayOfManyRecords, QuestionForTheSizeLooksIntoChildren) {
+  const Record record = new_record();
+  ASSERT_EQ(add_children(record, 1, {nullptr, record_of(5).release()}), SM_STATUS_SUCCESS);
+  SMSDOConfig* const pointers[] = {record.get()};
+  uint32_t size = 0;
+  EXPECT_EQ(SMSDOConfigArrayToBinaryArray(pointers, 1, nullptr, &size), SM_STATUS_SUCCESS);
+  EXPECT_EQ(size, SMSDOConfigGetBinarySize(record.get()));
+  Record child = new_record();
+  Record grandchild = record_of(5);
+  SMSDOConfig* borrowed = grandchild.get();
+  ASSERT_EQ(add_child(child, 1, grandchild), SM_STATUS_SUCCESS);
+  ASSERT_EQ(add_child(record, 2, child), SM_STATUS_SUCCESS);
+  ASSERT_EQ(SMSDOConfigRemoveData(borrowed, 1, 0, 0), SM_STATUS_SUCCESS);
+  EXPECT_EQ(SMSDOConfigArrayToBinaryArray(pointers, 1, nullptr, &size), kFailed);
+}
+
+TEST(SdoArrayOfManyRecords, QuestionForTheSizeRefusesWhatNoBlockHolds) {
+  const Record record = new_record();
+  Record child = new_record();
+  SMSDOConfig* borrowed = child.get();
+  ASSERT_EQ(add_child(record, 1, child), SM_STATUS_SUCCESS);
+  ASSERT_EQ(add_sized(record, 2, 40000), SM_STATUS_SUCCESS);
+  const Bytes value(40000, 1);
+  ASSERT_EQ(SMSDOConfigAddData(borrowed, 1, 1, value.data(), 40000, 0), SM_STATUS_SUCCESS);
+  SMSDOConfigReCalcBinarySize(record.get());
+  SMSDOConfig* const pointers[] = {record.get()};
+  uint32_t size = 0;
+  EXPECT_EQ(SMSDOConfigArrayToBinaryArray(pointers, 1, nullptr, &size), kFailed);
+}
+
+TEST(SdoArrayAdd, TheElementMayLieInTheArray) {
+  Bytes array = array_of({serialized(record_of(5)), serialized(record_of(3))});
+  array.resize(200);
+  uint32_t capacity = 200;
+  EXPECT_EQ(SMSDOBinaryArrayAddData(array.data(), &capacity, array.data() + 8, 21),
+            SM_STATUS_SUCCESS);
+  uint32_t size = 21;
+  Bytes element(21);
+  EXPECT_EQ(SMSDOBinaryArrayGetByIndex(array.data(), 0, 2, element.data(), &size),
+            SM_STATUS_SUCCESS);
+  EXPECT_EQ(element, serialized(record_of(5)));
+}
+
 TEST(SdoArrayOfManyRecords, SizesBeyondFourGibAreOutOfSpace) {
   const Record record = record_of(65000);
   const std::vector<SMSDOConfig*> pointers(66200, record.get());

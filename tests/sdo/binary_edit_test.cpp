@@ -161,4 +161,37 @@ TEST_F(SdoBinarySet, TheNewValueMayLieInTheBlock) {
   EXPECT_EQ(Bytes(value, value + 5), bytes_of("hello"));
 }
 
+TEST_F(SdoBinarySet, EveryBitOfTheTypeCounts) {
+  EXPECT_EQ(set(1, 0x81, {1, 2, 3}), SM_STATUS_DATA_NOT_FOUND);
+  EXPECT_EQ(set(1, 0x21, {1, 2, 3}), SM_STATUS_DATA_NOT_FOUND);
+}
+
+TEST_F(SdoBinarySet, RebuiltValuesReadBack) {
+  give_room(500);
+  const Bytes nested = serialized(record_of(60));
+  for (const auto& [id, type, value] : {std::tuple{uint16_t{2}, uint8_t{2}, Bytes{7, 8}},
+                                        {1, 1, bytes_of("12345")},
+                                        {3, kBlock, nested}}) {
+    capacity_ = 500;
+    EXPECT_EQ(set(id, type, value), SM_STATUS_SUCCESS);
+    Bytes read(100);
+    auto size = static_cast<uint32_t>(read.size());
+    uint16_t read_id = 0;
+    uint8_t read_type = 0;
+    EXPECT_EQ(
+        SMSDOBinaryGetDataByIndex(block_.data(), id - 1U, &read_id, &read_type, read.data(), &size),
+        SM_STATUS_SUCCESS);
+    read.resize(size);
+    EXPECT_EQ(read, value);
+    EXPECT_EQ(read_id, id);
+    EXPECT_EQ(read_type, type);
+  }
+}
+
+TEST_F(SdoBinarySet, NestedBlockThatDoesNotFitIsFreed) {  // as the address sanitizer sees
+  capacity_ = 100000;
+  EXPECT_EQ(set(3, kBlock, serialized(record_of(65500))), SM_STATUS_OUT_OF_SPACE);
+  EXPECT_EQ(block_, original_);
+}
+
 }  // namespace

@@ -124,9 +124,8 @@ TEST(SdoConfigAdd, SizesThatWouldWrapAreOutOfSpace) {
   const uint8_t value = 1;
   for (const uint32_t size : {0xFFFFFFFFU, 0xFFFFFFF8U, 0xFFFFFFF0U, 0x80000000U}) {
     EXPECT_EQ(SMSDOConfigAddData(record.get(), 2, 1, &value, size, 0), SM_STATUS_OUT_OF_SPACE);
-    EXPECT_EQ(
-        SMSDOConfigAddData(record.get(), 2, kChildren, &value, size & 0xFFFFFFF8U, 0),
-        SM_STATUS_OUT_OF_SPACE);
+    EXPECT_EQ(SMSDOConfigAddData(record.get(), 2, kChildren, &value, size & 0xFFFFFFF8U, 0),
+              SM_STATUS_OUT_OF_SPACE);
   }
   EXPECT_EQ(count(record), 1U);
 }
@@ -497,6 +496,142 @@ TEST(SdoConfigCompare, NullEqualsOnlyNull) {
   EXPECT_EQ(SMSDOConfigCompareByValue(nullptr, nullptr), 1U);
   EXPECT_EQ(SMSDOConfigCompareByValue(record.get(), nullptr), 0U);
   EXPECT_EQ(SMSDOConfigCompareByValue(nullptr, record.get()), 0U);
+}
+
+TEST(SdoTypes, HaveTheirNumbers) {
+  EXPECT_EQ(SDO_TYPE_BINARY, 12);
+  EXPECT_EQ(SDO_TYPE_CONFIG, 13);
+  EXPECT_EQ(SDO_TYPE_FLAG_ARRAY, 0x10);
+}
+
+TEST(SdoConfigAdd, NoRoomComesBeforeAnEqualId) {
+  const Record record = record_of(60000);
+  EXPECT_EQ(add_sized(record, 1, 60000), SM_STATUS_OUT_OF_SPACE);
+}
+
+TEST(SdoConfigAdd, ARecordIsNotItsOwnChild) {
+  const Record record = record_of(4);
+  EXPECT_EQ(SMSDOConfigAddData(record.get(), 2, kChild, record.get(), 4, 0),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(add_children(record, 2, {nullptr, record.get()}), SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(count(record), 1U);
+}
+
+TEST(SdoConfigReplace, FewerChildrenFreeTheOthers) {
+  const Record record = new_record();
+  SMSDOConfig* kept = record_of(5).release();
+  ASSERT_EQ(add_children(record, 1, {record_of(4).release(), kept}), SM_STATUS_SUCCESS);
+  ASSERT_EQ(add_children(record, 1, {kept}, 1), SM_STATUS_SUCCESS);
+  EXPECT_EQ(binary_size(record), 8U + 8 + 8 + 21);
+  Record single = record_of(6);
+  ASSERT_EQ(add_child(record, 1, single, 1), SM_STATUS_SUCCESS);
+  EXPECT_EQ(binary_size(record), 8U + 8 + 22);
+}
+
+TEST(SdoConfigReplace, AnArrayBlockTakesThePlaceOfChildren) {
+  const Record record = new_record();
+  Record child = record_of(5);
+  ASSERT_EQ(add_child(record, 1, child), SM_STATUS_SUCCESS);
+  ASSERT_EQ(add(record, 1, kBlocks, header(kArraySignature, 0, 8), 1), SM_STATUS_SUCCESS);
+  EXPECT_EQ(binary_size(record), 8U + 16);
+}
+
+TEST(SdoConfigGetById, CopiesEveryByteOfASmallValue) {
+  const Record record = new_record();
+  ASSERT_EQ(add(record, 1, 1, {1, 2, 3, 4}), SM_STATUS_SUCCESS);
+  uint8_t value[4] = {};
+  uint32_t size = 4;
+  EXPECT_EQ(SMSDOConfigGetDataByID(record.get(), 1, nullptr, value, &size), SM_STATUS_SUCCESS);
+  EXPECT_EQ(Bytes(value, value + 4), (Bytes{1, 2, 3, 4}));
+}
+
+TEST(SdoConfigGetByIndex, CopiesTheValueOfThatEntry) {
+  const Record record = new_record();
+  ASSERT_EQ(add(record, 20, 2, {5, 6}), SM_STATUS_SUCCESS);
+  ASSERT_EQ(add(record, 10, 1, {1, 2, 3, 4}), SM_STATUS_SUCCESS);
+  uint16_t id = 0;
+  uint8_t value[4] = {9, 9, 9, 9};
+  uint32_t size = 4;
+  EXPECT_EQ(SMSDOConfigGetDataByIndex(record.get(), 1, &id, nullptr, value, &size),
+            SM_STATUS_SUCCESS);
+  EXPECT_EQ(Bytes(value, value + 4), (Bytes{5, 6, 9, 9}));
+  size = 1;
+  uint8_t type = 0;
+  EXPECT_EQ(SMSDOConfigGetDataByIndex(record.get(), 0, &id, &type, value, &size),
+            SM_STATUS_BUFFER_TOO_SMALL);
+  EXPECT_EQ(size, 4U);
+  EXPECT_EQ(id, 10U);
+  EXPECT_EQ(type, 1U);
+  EXPECT_EQ(value[0], 5);
+}
+
+TEST(SdoConfigCompare, SeesWhatIsNestedAndWhatLiesOutOfLine) {
+  const auto record_with = [](uint8_t nested, uint8_t out_of_line) {
+    Record record = new_record();
+    Record child = new_record();
+    EXPECT_EQ(add(child, 1, 1, {nested}), SM_STATUS_SUCCESS);
+    EXPECT_EQ(add_child(record, 1, child), SM_STATUS_SUCCESS);
+    EXPECT_EQ(add(record, 2, 1, Bytes(9, out_of_line)), SM_STATUS_SUCCESS);
+    return record;
+  };
+  EXPECT_TRUE(equal(record_with(1, 1), record_with(1, 1)));
+  EXPECT_FALSE(equal(record_with(1, 1), record_with(2, 1)));
+  EXPECT_FALSE(equal(record_with(1, 1), record_with(1, 2)));
+}
+
+TEST(SdoConfigRemove, AValidIdIgnoresTheIndex) {
+  const Record record = record_of(4);
+  EXPECT_EQ(SMSDOConfigRemoveData(record.get(), 1, 99, 0), SM_STATUS_SUCCESS);
+}
+
+// A child of 21 bytes that grows by 1,008 behind its record's back.
+SMSDOConfig* add_and_grow_child(const Record& record, uint16_t id) {
+  Record child = record_of(5);
+  SMSDOConfig* borrowed = child.get();
+  EXPECT_EQ(add_child(record, id, child), SM_STATUS_SUCCESS);
+  const Bytes value(1000, 1);
+  EXPECT_EQ(SMSDOConfigAddData(borrowed, 2, 1, value.data(), 1000, 0), SM_STATUS_SUCCESS);
+  return borrowed;
+}
+
+TEST(SdoConfigGrownChild, RemovedLeavesAnEmptyRecordOfEightBytes) {
+  const Record record = new_record();
+  add_and_grow_child(record, 1);
+  EXPECT_EQ(SMSDOConfigRemoveData(record.get(), 1, 0, 0), SM_STATUS_SUCCESS);
+  EXPECT_EQ(binary_size(record), 8U);
+  EXPECT_EQ(add_sized(record, 1, 4), SM_STATUS_SUCCESS);
+}
+
+TEST(SdoConfigGrownChild, RemovedNeverTakesMoreThanTheOtherEntriesLeave) {
+  const Record record = new_record();
+  add_and_grow_child(record, 1);
+  ASSERT_EQ(add_sized(record, 2, 4), SM_STATUS_SUCCESS);
+  ASSERT_EQ(add_sized(record, 3, 50), SM_STATUS_SUCCESS);
+  EXPECT_EQ(SMSDOConfigRemoveData(record.get(), 1, 0, 0), SM_STATUS_SUCCESS);
+  EXPECT_EQ(binary_size(record), 8U + 2 * 8) << "the records of two entries";
+  Bytes block(200, 0x55);
+  uint32_t size = 24;
+  EXPECT_EQ(SMSDOConfigToBinary(record.get(), block.data(), &size), kFailed);
+  EXPECT_EQ(Bytes(block.begin() + 24, block.end()), Bytes(176, 0x55));
+}
+
+TEST(SdoConfigGrownChild, ReplacedNeverWrapsTheSize) {
+  const Record record = new_record();
+  add_and_grow_child(record, 1);
+  Record child = new_record();
+  EXPECT_EQ(add_child(record, 1, child, 1), SM_STATUS_SUCCESS);
+  EXPECT_EQ(binary_size(record), 8U + 8);
+}
+
+TEST(SdoConfigGrownChild, SizeBelowTheRecordsIsNeverWrittenTo) {
+  const Record record = new_record();
+  ASSERT_EQ(add_children(record, 1, {record_of(5).release()}), SM_STATUS_SUCCESS);
+  ASSERT_EQ(add_children(record, 2, {record_of(5).release()}), SM_STATUS_SUCCESS);
+  SMSDOConfigReCalcBinarySize(record.get());
+  EXPECT_EQ(SMSDOConfigRemoveData(record.get(), 1, 0, 0), SM_STATUS_SUCCESS);
+  EXPECT_EQ(SMSDOConfigRemoveData(record.get(), 2, 0, 0), SM_STATUS_SUCCESS);
+  EXPECT_EQ(binary_size(record), 8U);
+  EXPECT_EQ(serialized(record), header(kObjectSignature, 0, 8));
 }
 
 }  // namespace

@@ -250,4 +250,36 @@ TEST(SdoAddBlock, ArrayThatIsNotAddedIsFreed) {
   EXPECT_EQ(add(record, 1, kBlock, array), SM_STATUS_ALREADY_EXISTS);
 }
 
+TEST(SdoAddBlock, ArrayKeepsTheUsersBitsOfTheType) {
+  const Record record = new_record();
+  ASSERT_EQ(add(record, 1, 0xE0 | kBlock, header(kArraySignature, 0, 8)), SM_STATUS_SUCCESS);
+  uint8_t type = 0;
+  uint32_t size = 0;
+  (void)SMSDOConfigGetDataByID(record.get(), 1, &type, nullptr, &size);
+  EXPECT_EQ(type, 0xE0 | kChildren);
+}
+
+TEST(SdoAddBlock, BlocksThatAreCutShortAreRefused) {
+  const Record record = new_record();
+  const Bytes block = serialized(record_of(5));
+  EXPECT_EQ(SMSDOConfigAddData(record.get(), 1, kBlock, block.data(), 20, 0),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMSDOConfigAddData(record.get(), 1, kBlock, block.data(), 22, 0), SM_STATUS_SUCCESS);
+}
+
+TEST(SdoToBinary, GrownByAFewBytesNeverOverruns) {
+  for (uint32_t growth = 1; growth <= 8; ++growth) {
+    const Record record = new_record();
+    Record child = record_of(8);
+    SMSDOConfig* borrowed = child.get();
+    ASSERT_EQ(add_child(record, 1, child), SM_STATUS_SUCCESS);
+    const Bytes value(8 + growth, 1);
+    ASSERT_EQ(SMSDOConfigAddData(borrowed, 1, 1, value.data(), 8 + growth, 1), SM_STATUS_SUCCESS);
+    uint32_t size = SMSDOConfigGetBinarySize(record.get());
+    Bytes block(size + 16, 0x55);
+    EXPECT_EQ(SMSDOConfigToBinary(record.get(), block.data(), &size), kFailed);
+    EXPECT_EQ(Bytes(block.end() - 16, block.end()), Bytes(16, 0x55)) << growth;
+  }
+}
+
 }  // namespace

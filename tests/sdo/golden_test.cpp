@@ -11,7 +11,7 @@ using namespace kqsupt::tests;
 
 // Five entries: two inline values, one out of line, a child and an array of two children.
 const Bytes kBigEndian = {'S', 'D', 'O', 'B', 0x00, 0x05, 0x00, 0x6A,  // five entries, 106 bytes
-                          // 0x0001: two bytes inline
+                                                                       // 0x0001: two bytes inline
                           0x00, 0x01, 0x01, 0x01, 0xAA, 0xBB, 0x00, 0x00,
                           // 0x0002: "hello" out of line, 32 bytes from here
                           0x00, 0x02, 0x03, 0x04, 0x00, 0x05, 0x00, 0x20,

@@ -1,3 +1,5 @@
+// Reading the tables of a shared object of the host.
+
 #include "support/elf_file.h"
 
 #include <elf.h>

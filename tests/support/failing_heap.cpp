@@ -1,3 +1,5 @@
+// The heap functions of the C library, with a count and a fault in front of them.
+
 #include "support/failing_heap.h"
 
 #include <pthread.h>

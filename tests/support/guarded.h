@@ -1,10 +1,11 @@
-// Memory that ends exactly where an inaccessible page begins: a read or write one element too far is
-// the end of the test.
+// Memory that ends exactly where an inaccessible page begins: a read or write one element too far
+// is the end of the test.
 #pragma once
 
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -32,9 +33,7 @@ class Guarded {
   }
 
   // A copy of `count` elements at `from`.
-  Guarded(const T* from, size_t count) : Guarded(count) {
-    std::memcpy(data_, from, count * sizeof(T));
-  }
+  Guarded(const T* from, size_t count) : Guarded(count) { std::copy(from, from + count, data_); }
 
   Guarded(const Guarded&) = delete;
   Guarded& operator=(const Guarded&) = delete;

@@ -1,3 +1,5 @@
+// Starting programs, feeding them and collecting what they write.
+
 #include "support/program.h"
 
 #include <fcntl.h>

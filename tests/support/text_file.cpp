@@ -1,3 +1,5 @@
+// Files as texts.
+
 #include "support/text_file.h"
 
 #include <fstream>
