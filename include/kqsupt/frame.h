@@ -74,8 +74,8 @@ KQSUPT_API void* SMAllocMem(uint32_t size);
 
 /* Changes the size of the block `ptr` to `size` bytes and returns its new place; the content is
  * kept up to the smaller of the two sizes. With `ptr` NULL it allocates. Returns NULL when memory
- * is short: the block at `ptr` is then still valid and still the caller's. With `size` 0 it does what
- * the heap does, which on this platform is to release the block and return NULL. */
+ * is short: the block at `ptr` is then still valid and still the caller's. With `size` 0 it does
+ * what the heap does, which on this platform is to release the block and return NULL. */
 KQSUPT_API void* SMReAllocMem(void* ptr, uint32_t size);
 
 /* Releases `ptr`, a block of the heap that this library or its caller allocated. NULL is ignored.

@@ -114,8 +114,8 @@ KQSUPT_API SMStatus SMSDOConfigGetDataByIndex(const SMSDOConfig* config, uint32_
 KQSUPT_API SMStatus SMSDOConfigRemoveData(SMSDOConfig* config, uint16_t id, uint32_t index,
                                           uint32_t removeAll);
 
-/* The size of the binary form, kept current by adding and removing; 0 when `config` is NULL. It does
- * not follow a child that is changed after it was added. */
+/* The size of the binary form, kept current by adding and removing; 0 when `config` is NULL. It
+ * does not follow a child that is changed after it was added. */
 KQSUPT_API uint32_t SMSDOConfigGetBinarySize(const SMSDOConfig* config);
 
 /* Recomputes the binary size, stores and returns it; 0 when `config` is NULL. The sum counts 8
@@ -129,9 +129,9 @@ KQSUPT_API uint32_t SMSDOConfigReCalcBinarySize(SMSDOConfig* config);
 /* Serializes the record to `buffer`. `*size` receives the number of bytes written.
  * SM_STATUS_INVALID_PARAMETER: an argument is NULL. SM_STATUS_BUFFER_TOO_SMALL: `*size` is below
  * the binary size; it is not changed. 0xFFFFFFFF: what was written is not what the binary size
- * says, because a child has changed since it was added or the size was recomputed; `*size` then receives
- * what was written. Also, with `*size` 0, when the record is larger than a block can be. On any of
- * these failures the content of `buffer` is unspecified up to the `*size` given. */
+ * says, because a child has changed since it was added or the size was recomputed; `*size` then
+ * receives what was written. Also, with `*size` 0, when the record is larger than a block can be.
+ * On any of these failures the content of `buffer` is unspecified up to the `*size` given. */
 KQSUPT_API SMStatus SMSDOConfigToBinary(const SMSDOConfig* config, void* buffer, uint32_t* size);
 
 /* Rebuilds a record from a block. The caller releases it with SMSDOConfigFree. NULL when `binary`
@@ -139,11 +139,12 @@ KQSUPT_API SMStatus SMSDOConfigToBinary(const SMSDOConfig* config, void* buffer,
 KQSUPT_API SMSDOConfig* SMSDOBinaryToConfig(const void* binary);
 
 /* Serializes `count` records to an array block in `buffer`; NULL pointers among them are skipped.
- * Records that do not fit, or that would make the array 65,536 bytes or larger, are left out without
- * an error: `*size` receives the size that all of them need, so compare. With `buffer` NULL it receives 8 bytes less than the array needs.
- * SM_STATUS_INVALID_PARAMETER: `configs` or `size` NULL. SM_STATUS_BUFFER_TOO_SMALL: `*size` is
- * below the 8 bytes of an empty array. SM_STATUS_OUT_OF_SPACE: the sizes add up to 4 GiB or more.
- * 0xFFFFFFFF: a record cannot be serialized. On failure `*size` is not changed. */
+ * Records that do not fit, or that would make the array 65,536 bytes or larger, are left out
+ * without an error: `*size` receives the size that all of them need, so compare. With `buffer` NULL
+ * it receives 8 bytes less than the array needs. SM_STATUS_INVALID_PARAMETER: `configs` or `size`
+ * NULL. SM_STATUS_BUFFER_TOO_SMALL: `*size` is below the 8 bytes of an empty array.
+ * SM_STATUS_OUT_OF_SPACE: the sizes add up to 4 GiB or more. 0xFFFFFFFF: a record cannot be
+ * serialized. On failure `*size` is not changed. */
 KQSUPT_API SMStatus SMSDOConfigArrayToBinaryArray(SMSDOConfig* const* configs, uint32_t count,
                                                   void* buffer, uint32_t* size);
 
@@ -177,7 +178,8 @@ KQSUPT_API uint32_t SMSDOBinaryGetSize(const void* binary, uint16_t* isArray);
 KQSUPT_API SMStatus SMSDOBinaryGetDataByID(const void* binary, uint16_t id, uint8_t* typeOut,
                                            void* buffer, uint32_t* size);
 
-/* Copies the value of the entry at `index`, with the size it was added with. On success `*idOut` and
+/* Copies the value of the entry at `index`, with the size it was added with. On success `*idOut`
+ * and
  * `*typeOut`, when given, receive ID and type. `*size` receives the size of the value, also with
  * SM_STATUS_BUFFER_TOO_SMALL.
  * SM_STATUS_INVALID_PARAMETER: `binary`, `idOut` or `size` NULL. SM_STATUS_INDEX_OUT_OF_RANGE:
@@ -234,12 +236,13 @@ KQSUPT_API SMStatus SMSDOBinaryWalk(const void* binary, void* context, SMSDOBina
  * SM_STATUS_INVALID_PARAMETER: `buffer` NULL. SM_STATUS_BUFFER_TOO_SMALL: `size` below 8. */
 KQSUPT_API SMStatus SMSDOBinaryArrayInitHeader(void* buffer, uint32_t size);
 
-/* Appends `elementSize` bytes of `element`, a record's block, to the array, which lies in a buffer of
+/* Appends `elementSize` bytes of `element`, a record's block, to the array, which lies in a buffer
+ * of
  * `*capacity` bytes. The element is not checked: it must be a whole block of that size, or what
  * comes after it is not found.
  * SM_STATUS_INVALID_PARAMETER: an argument is NULL, or not an array. SM_STATUS_BUFFER_TOO_SMALL:
- * `*capacity` below 16; or below the size that the array would have, which it receives; or that size
- * is 65,536 or more. */
+ * `*capacity` below 16; or below the size that the array would have, which it receives; or that
+ * size is 65,536 or more. */
 KQSUPT_API SMStatus SMSDOBinaryArrayAddData(void* array, uint32_t* capacity, const void* element,
                                             uint32_t elementSize);
 

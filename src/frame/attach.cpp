@@ -3,14 +3,19 @@
 #include <array>
 
 #include "frame/attach_sequence.h"
+#include "net/network_layer.h"
+#include "text/format.h"
 
 namespace kqsupt::frame {
 namespace {
 
-// The modules that a process starts, in order. Records and trees keep nothing between two calls and
-// need none. Each export works, or says that it cannot, whether
+// The modules that a process starts, in order. None of these depends on another one. Records, trees and
+// text keep nothing between two calls and need none. Each export works, or says that it cannot, whether
 // or not the start succeeded and also before the constructor below has run.
-constexpr std::array<Module, 0> kModules{};
+constexpr std::array<Module, 2> kModules{{
+    {"network", net::start, net::stop},
+    {"formatter", text::start_formatter, text::stop_formatter},
+}};
 
 constinit AttachSequence process_attach(kModules);
 

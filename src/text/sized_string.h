@@ -6,9 +6,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 #include <type_traits>
 
 #include "kqsupt/text.h"
+#include "text/ucs2_string.h"
 
 namespace kqsupt::text {
 
@@ -21,15 +23,9 @@ using UnitOf = std::remove_pointer_t<decltype(String::content)>;
   return capacity <= 0xFFFFF ? capacity * 2 : capacity * 125 / 100;
 }
 
-template <class Unit>
-[[nodiscard]] uint32_t length_of(const Unit* text) {
-  const Unit* end = text;
-  while (*end != 0) {
-    ++end;
-  }
-  return static_cast<uint32_t>(end - text);
+[[nodiscard]] inline uint32_t length_of(const ustring* text) {
+  return ucs2_length(text);
 }
-template <>
 [[nodiscard]] inline uint32_t length_of(const char* text) {
   return static_cast<uint32_t>(std::strlen(text));
 }
@@ -85,6 +81,9 @@ template <class String>
 template <class String>
 [[nodiscard]] bool append_units(String& string, const UnitOf<String>* text, uint32_t count) {
   using Unit = UnitOf<String>;
+  if (count == 0) {
+    return true;
+  }
   // The text may lie in the string itself, which growing moves.
   const auto offset =
       reinterpret_cast<uintptr_t>(text) - reinterpret_cast<uintptr_t>(string.content);
@@ -97,6 +96,12 @@ template <class String>
   string.length += count;
   string.content[string.length] = 0;
   return true;
+}
+
+// Appends a text of known length to a string that has a buffer.
+[[nodiscard]] inline bool append(SMSSUTF8Str& string, std::string_view text) {
+  return string.content != nullptr && text.size() <= UINT32_MAX &&
+         append_units(string, text.data(), static_cast<uint32_t>(text.size()));
 }
 
 }  // namespace kqsupt::text

@@ -23,10 +23,7 @@ class TextBuilder {
 
   [[nodiscard]] bool ok() const { return string_.content != nullptr; }
 
-  [[nodiscard]] bool append(std::string_view text) {
-    return ok() && text.size() <= UINT32_MAX &&
-           append_units(string_, text.data(), static_cast<uint32_t>(text.size()));
-  }
+  [[nodiscard]] bool append(std::string_view text) { return text::append(string_, text); }
   [[nodiscard]] bool append(char byte) { return append(std::string_view(&byte, 1)); }
 
   [[nodiscard]] std::string_view view() const { return {string_.content, string_.length}; }

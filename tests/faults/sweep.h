@@ -40,11 +40,15 @@ Row row(const std::string& name, const Failures& failures, SMStatus (*call)(Stat
           [unchanged](void* state) { return unchanged(*static_cast<State*>(state)); }};
 }
 
-inline void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
+inline void PrintTo(const Row& row, std::ostream* out) {
+  *out << row.name;
+}
 
 // The rows of each room.
 std::vector<Row> frame_rows();
 std::vector<Row> containers_rows();
 std::vector<Row> sdo_rows();
+std::vector<Row> text_rows();
+std::vector<Row> log_rows();
 
 }  // namespace kqsupt::tests

@@ -18,7 +18,15 @@ bool call_every_family() {
   const uint32_t value = 7;
   const SMStatus added = SMSDOConfigAddData(config, 1, 1, &value, sizeof value, 0);
   SMSDOConfigFree(config);
-  return block != nullptr && added == SM_STATUS_SUCCESS && SUPTGetMajorVersion() == 1;
+  char text[8];
+  const int32_t length = SMsnprintf(text, sizeof text, "%d", 7);
+  SMXGBufFree(SMXGBufAlloc(0, 1));
+  SMFreeMem(SMUTF8ConvertXSVToYSV("a,b", ',', ';', nullptr, nullptr));
+  uint32_t address = 0;
+  const SMStatus converted = SMIPAddrASCIIToNetwork("10.0.0.1", &address);
+  constexpr SMStatus kNotStarted = 17;
+  return block != nullptr && added == SM_STATUS_SUCCESS && length == 1 &&
+         (converted == SM_STATUS_SUCCESS || converted == kNotStarted) && SUPTGetMajorVersion() == 1;
 }
 
 void before_all_constructors() {

@@ -1,0 +1,36 @@
+// The mutex that guards state of the whole process, and the guard that takes it for a scope.
+#pragma once
+
+#include <pthread.h>
+
+namespace kqsupt::ipc {
+
+// Ready before any constructor has run and for as long as the process lives: declare it constinit.
+// Nothing is released when it goes. It is not recursive.
+class LocalMutex {
+ public:
+  constexpr LocalMutex() = default;
+  LocalMutex(const LocalMutex&) = delete;
+  LocalMutex& operator=(const LocalMutex&) = delete;
+
+  // Waits without limit. Neither call can fail on a mutex of this kind.
+  void lock() { pthread_mutex_lock(&mutex_); }
+  void unlock() { pthread_mutex_unlock(&mutex_); }
+
+ private:
+  pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
+};
+
+// Holds the mutex for a scope; waits for it without limit.
+class LocalMutexGuard {
+ public:
+  explicit LocalMutexGuard(LocalMutex& mutex) : mutex_(mutex) { mutex_.lock(); }
+  ~LocalMutexGuard() { mutex_.unlock(); }
+  LocalMutexGuard(const LocalMutexGuard&) = delete;
+  LocalMutexGuard& operator=(const LocalMutexGuard&) = delete;
+
+ private:
+  LocalMutex& mutex_;
+};
+
+}  // namespace kqsupt::ipc
