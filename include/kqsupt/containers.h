@@ -1,4 +1,5 @@
-/* Containers of the caller's data items. A container never locks: the caller serialises access. */
+/* Containers of the caller's data items, and digests of bytes. A container never locks: the caller
+ * serialises access. */
 #ifndef KQSUPT_CONTAINERS_H
 #define KQSUPT_CONTAINERS_H
 
@@ -94,6 +95,92 @@ KQSUPT_API void SMRedBlackTreeDelete(SMRedBlackTree* tree, void* context,
  * `context` or `visit` is NULL or the mode is unknown. The callback must not change the tree. */
 KQSUPT_API void* SMRedBlackTreeDataWalk(SMRedBlackTree root, void* context,
                                         SMRedBlackTreeVisit visit, uint32_t mode);
+
+/* ---- CRC-32 ------------------------------------------------------------------------------------
+ *
+ * The checksum of ISO-HDLC and zip files: reflected, polynomial 0xEDB88320; the ASCII digits
+ * "123456789" give 0xCBF43926 and no bytes at all give 0. Lengths are in bytes. Pointers must not
+ * be NULL, except for data of length 0. */
+
+/* The CRC-32 of the `length` bytes at `data`. */
+KQSUPT_API uint32_t SMCRC32Compute_vn(const void* data, uint32_t length);
+
+/* The CRC-32 of the bytes of `text` before its NUL. */
+KQSUPT_API uint32_t SMCRC32Compute_str(const char* text);
+
+/* The CRC-32 of the bytes of `text` before its NUL, each lowered first by the C library's tolower
+ * in the locale of the process: the same for every spelling of a name that ignores case. */
+KQSUPT_API uint32_t SMCRC32Compute_strncase(const char* text);
+
+/* A checksum of its own kind, not the CRC-32 above, over `totalLength` bytes: the first
+ * `dataLength` of them from `data` (fewer when `totalLength` is smaller), the others 0. With
+ * `totalLength` 0 it is 0xFFFFFFFF. A negative `totalLength` stands for 2^32 less its amount: some
+ * 2 to 4 thousand million bytes. */
+KQSUPT_API uint32_t SMGenerateCRC32(const void* data, uint32_t dataLength, int32_t totalLength);
+
+/* ---- MD5 message digest ------------------------------------------------------------------------
+ *
+ * The algorithm of RFC 1321 with the words of the message, its length (high word first) and the
+ * digest in the byte order of the host. Digests therefore differ between hosts of different byte
+ * order, and from those of other implementations: compare them only with digests made by this
+ * library on the same kind of host.
+ *
+ *     SMRFC1321Context context;
+ *     SMRFC1321Load(&context);
+ *     SMRFC1321AddMsg(&context, text, length);      any number of times
+ *     SMRFC1321ComputeMsgDigest(&context);
+ *     memcpy(digest, context.digest, 16);
+ *     SMRFC1321UnLoad(&context);
+ *
+ * The context is the caller's, and all there is: different ones may be used by several threads at
+ * once. Pointers must not be NULL, except for data of length 0. */
+
+typedef struct SMRFC1321Context {
+  uint32_t messageBitsHigh; /* the length of the message so far, in bits */
+  uint32_t messageBitsLow;
+  uint32_t state[4];     /* the words A, B, C and D */
+  uint32_t bytesInBlock; /* how many bytes of `block` are filled, 0 to 63 */
+  uint8_t digest[16];    /* the result: the four words of the state */
+  uint8_t block[64];     /* bytes of the message that do not make a whole block yet */
+} SMRFC1321Context;
+
+/* Starts a new message in `ctx`, whatever it held. Clears the digest; the bytes of `block` stay. */
+KQSUPT_API void SMRFC1321Load(SMRFC1321Context* ctx);
+
+/* Adds the `length` bytes at `data` to the message. Length 0 does nothing. */
+KQSUPT_API void SMRFC1321AddMsg(SMRFC1321Context* ctx, const void* data, uint32_t length);
+
+/* Ends the message and puts its digest into the 16 bytes `digest` of the context. The context is
+ * not made ready for another message: call SMRFC1321Load before more is added. */
+KQSUPT_API void SMRFC1321ComputeMsgDigest(SMRFC1321Context* ctx);
+
+/* Clears all 108 bytes of the context, so that nothing of the message stays in memory. */
+KQSUPT_API void SMRFC1321UnLoad(SMRFC1321Context* ctx);
+
+/* ---- Base64 ------------------------------------------------------------------------------------
+ *
+ * Text of 64 characters, "=" as padding, without line breaks. Both functions always return 0.
+ * Pointers must not be NULL, except for input of length 0. */
+
+/* Encodes the `length` bytes at `in` and writes 4 * ceil(length / 3) characters and a NUL to `out`,
+ * which must have room for them. A negative length is taken as 0: the NUL alone. `alphabet` gives
+ * the 64 characters for the values 0 to 63; with NULL they are those of RFC 4648.
+ *
+ * When `length` is not a multiple of 3, the byte that follows the input is read too, and its high
+ * bits are part of the last character before the padding: it must be readable, and it must be 0 for
+ * the text that other encoders give. A text with its NUL has such a byte. */
+KQSUPT_API uint32_t SMBase64Encode(char* out, const void* in, int32_t length, const char* alphabet);
+
+/* Decodes the `length` characters at `in`, in the alphabet of RFC 4648, and writes the bytes and a
+ * NUL after them to `out`: 3 bytes for each whole group of four characters, or 1 when the third
+ * character is "=", or 2 when the fourth alone is. A group that has "=" as its first or second
+ * character gives nothing. Characters that do not make a whole group are passed over; a negative
+ * length is taken as 0. `out` may be `in`, and needs room for 3 * (length / 4) + 1 bytes at most.
+ *
+ * The number of bytes is not returned: the caller works it out from the input. A character outside
+ * the alphabet is not reported; it is taken as the value 0xFF, of which the bits that reach beyond
+ * its own six are combined with those of its neighbours or cut off. */
+KQSUPT_API uint32_t SMBase64Decode(void* out, const char* in, int32_t length);
 
 #ifdef __cplusplus
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "containers/crc32.h"
 #include "frame/attach_sequence.h"
 #include "net/network_layer.h"
 #include "text/format.h"
@@ -12,9 +13,10 @@ namespace {
 // The modules that a process starts, in order. None of these depends on another one. Records, trees and
 // text keep nothing between two calls and need none. Each export works, or says that it cannot, whether
 // or not the start succeeded and also before the constructor below has run.
-constexpr std::array<Module, 2> kModules{{
+constexpr std::array<Module, 3> kModules{{
     {"network", net::start, net::stop},
     {"formatter", text::start_formatter, text::stop_formatter},
+    {"CRC-32 table", containers::start_crc32_table, containers::stop_crc32_table},
 }};
 
 constinit AttachSequence process_attach(kModules);

@@ -1,5 +1,6 @@
 // Containers under failing allocations.
 
+#include "containers/crc32.h"
 #include "faults/sweep.h"
 #include "kqsupt/containers.h"
 
@@ -28,6 +29,12 @@ struct Tree {
   int added = 25;
 };
 
+// The module of the checksums' table: this program has one of its own, which the library's start
+// has not touched.
+struct Crc32Module {
+  ~Crc32Module() { containers::stop_crc32_table(); }
+};
+
 }  // namespace
 
 std::vector<Row> containers_rows() {
@@ -42,6 +49,12 @@ std::vector<Row> containers_rows() {
             SMRedBlackTreeDataWalk(state.tree, &items, count, SM_RED_BLACK_TREE_WALK_ASCENDING);
             return items == 3;
           }),
+      row<Crc32Module>(
+          "StartOfTheCrc32Table", {{SM_STATUS_NO_MEMORY, 0}},
+          [](Crc32Module&) -> SMStatus {
+            return containers::start_crc32_table() ? SM_STATUS_SUCCESS : SM_STATUS_NO_MEMORY;
+          },
+          [](Crc32Module&) { return containers::crc32_of_text("123456789") == 0xCBF43926; }),
   };
 }
 

@@ -25,7 +25,13 @@ bool call_every_family() {
   uint32_t address = 0;
   const SMStatus converted = SMIPAddrASCIIToNetwork("10.0.0.1", &address);
   constexpr SMStatus kNotStarted = 17;
-  return block != nullptr && added == SM_STATUS_SUCCESS && length == 1 &&
+  const bool checksum_right = SMCRC32Compute_str("123456789") == 0xCBF43926;
+  SMRFC1321Context context;
+  SMRFC1321Load(&context);
+  SMRFC1321AddMsg(&context, "abc", 3);
+  SMRFC1321ComputeMsgDigest(&context);
+  SMBase64Encode(text, context.digest, 3, nullptr);
+  return checksum_right && block != nullptr && added == SM_STATUS_SUCCESS && length == 1 &&
          (converted == SM_STATUS_SUCCESS || converted == kNotStarted) && SUPTGetMajorVersion() == 1;
 }
 
