@@ -1,5 +1,6 @@
 // Text, lists and addresses under failing allocations.
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -57,6 +58,9 @@ struct Text {
   char text[2000] = "untouched";
   uint32_t size = sizeof text;
   uint8_t bytes[64] = {};
+  // More than the text that the escaper begins with has room for.
+  Text() { std::fill_n(wide, 2000, ustring{0xE9}); }
+  ustring wide[2001] = {};
   [[nodiscard]] bool unchanged() const {
     return made == nullptr && std::strcmp(text, "untouched") == 0;
   }
@@ -112,6 +116,20 @@ std::vector<Row> text_rows() {
             return done(state.string.length == 5);
           },
           [](Ucs2& state) { return state.string.length == 3 && state.string.content[3] == 0; }),
+      bytes_row("SMUTF8Strdup", kNoMemory,
+                [](Text& state) {
+                  state.made = SMUTF8Strdup("abc");
+                  return done(state.made != nullptr);
+                }),
+      bytes_row("SMUCS2ToEscape", {{kFailed, 0}},
+                [](Text& state) {
+                  uint32_t size = 0;
+                  const SMStatus status = SMUCS2ToEscape(state.text, &size, state.wide);
+                  if (status != SM_STATUS_BUFFER_TOO_SMALL) {
+                    return status;
+                  }
+                  return done(size == 12001 && state.unchanged());
+                }),
       bytes_row("SMXLTTypeValueToUTF8_dump", {{kFailed, 0}},
                 [](Text& state) {
                   // More than the text that such a dump begins with has room for.
