@@ -68,7 +68,7 @@ SMStatus utf8_to_ucs2(ustring* dst, uint32_t* size, const char* src) {
   if (src == nullptr || size == nullptr) {
     return SM_STATUS_INVALID_PARAMETER;
   }
-  const uint32_t room = *size / sizeof(ustring);
+  const uint32_t room = *size / static_cast<uint32_t>(sizeof(ustring));
   uint32_t written = 0;
   for (uint32_t read = 0; src[read] != '\0';) {
     const Decoded decoded = read_utf8(src + read);
