@@ -1,6 +1,6 @@
 # The front door. Each target installs the Debian packages it needs, builds, and runs.
 
-.PHONY: all demo check check-i686 bench format
+.PHONY: all demo check check-i686 fuzz bench format
 
 all:
 	@tools/build native
@@ -14,6 +14,10 @@ check:
 
 check-i686:
 	@tools/check i686
+
+# Each fuzz target for a minute.
+fuzz:
+	@tools/fuzz
 
 bench:
 	@tools/bench

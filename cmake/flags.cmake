@@ -2,10 +2,10 @@
 # kqsupt_library_flags too for what goes into a shared library.
 
 set(KQSUPT_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+option(KQSUPT_FUZZ "Build the library and the fuzz targets for libFuzzer, and nothing else" OFF)
 
 add_library(kqsupt_flags INTERFACE)
-target_compile_options(kqsupt_flags INTERFACE
-  -O2 -g -Wall -Wextra -Wshadow -Wconversion -Werror -fstack-protector-strong)
+target_compile_options(kqsupt_flags INTERFACE -O2 -g -fstack-protector-strong)
 target_compile_definitions(kqsupt_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 target_link_options(kqsupt_flags INTERFACE -Wl,-z,relro,-z,now)
 
@@ -14,8 +14,16 @@ target_link_libraries(kqsupt_library_flags INTERFACE kqsupt_flags)
 target_compile_options(kqsupt_library_flags INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti> -fPIC -fvisibility=hidden
   $<$<COMPILE_LANGUAGE:CXX>:-fvisibility-inlines-hidden>)
-target_link_options(kqsupt_library_flags INTERFACE
-  -static-libstdc++ -static-libgcc -Wl,-z,defs,--no-undefined)
+target_link_options(kqsupt_library_flags INTERFACE -static-libstdc++ -static-libgcc)
+
+if(KQSUPT_FUZZ)
+  # Another compiler, whose warnings differ: which ones count is told by the other presets. What the
+  # instrumented library calls of libFuzzer and the sanitizers is in the programs that load it.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+else()
+  target_compile_options(kqsupt_flags INTERFACE -Wall -Wextra -Wshadow -Wconversion -Werror)
+  target_link_options(kqsupt_library_flags INTERFACE -Wl,-z,defs,--no-undefined)
+endif()
 
 if(KQSUPT_SANITIZE)
   # Also what is not ours (GoogleTest), so that containers are annotated the same everywhere.
@@ -23,8 +31,10 @@ if(KQSUPT_SANITIZE)
   add_compile_options(-fsanitize=${KQSUPT_SANITIZE} -fno-sanitize=vptr
     -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KQSUPT_SANITIZE})
-  # The instrumented standard library sets off this warning where nothing is wrong.
-  target_compile_options(kqsupt_flags INTERFACE -Wno-maybe-uninitialized)
+  if(NOT KQSUPT_FUZZ)
+    # The instrumented standard library sets off this warning where nothing is wrong.
+    target_compile_options(kqsupt_flags INTERFACE -Wno-maybe-uninitialized)
+  endif()
 else()
   # The fortified calls hide from the address sanitizer what they copy.
   target_compile_options(kqsupt_flags INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
