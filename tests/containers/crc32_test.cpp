@@ -127,7 +127,7 @@ TEST(Crc32, IgnoringCaseLowersEveryByteAsTheLocaleDoes) {
   std::setlocale(LC_CTYPE, "C");
 }
 
-// The bytes before the start of the library, after it, and after its end. The object under test is
+// Before the start of the library, after it, and after its end. The object under test is
 // linked into this program, beside the library's own.
 TEST(Crc32Table, ChecksumsAreTheSameWithAndWithoutIt) {
   namespace containers = kqsupt::containers;
