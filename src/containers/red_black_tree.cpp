@@ -154,7 +154,7 @@ void* walk_guided(Node* node, void* context, SMRedBlackTreeVisit visit) {
 }
 
 Place locate_by(Node* root, void* key, SMRedBlackTreeCompare compare) {
-  return locate(root, [=](void* data) { return compare(key, data, 0); });
+  return locate<Fetch::kAhead>(root, [=](void* data) { return compare(key, data, 0); });
 }
 
 // The comparison that a caller has cast to the type of a visit.

@@ -3,6 +3,7 @@
 #include "sdo/binary.h"
 
 #include "sdo/config.h"
+#include "sdo/value_copy.h"
 #include "sdo/wire.h"
 
 namespace kqsupt::sdo {
@@ -17,6 +18,18 @@ bool is_block(const void* block, uint16_t* is_array_out) {
   return array || (block != nullptr && is_object(block));
 }
 
+// The value, or for an inline one the whole slot, whatever the size that was stored: readers fetch 1-, 2-
+// and 4-byte numbers alike into a zero-padded word. The reader by index gives the size that was stored.
+// Without a branch on which it is: one entry is as likely as the other.
+Value value_or_slot(const uint8_t* place, const EntryRecord& record) {
+  const auto where = load<OutOfLine>(record.slot);
+  const uint32_t out_of_line = (record.flags / kFlagOutOfLine) & 1U;
+  const uint32_t mask = 0U - out_of_line;
+  constexpr uint32_t kSlot = offsetof(EntryRecord, slot);
+  return {place + kSlot + ((where.offset - kSlot) & mask),
+          kSlotSize + ((where.size - kSlotSize) & mask)};
+}
+
 }  // namespace
 
 uint32_t block_count(const void* block, uint16_t* is_array_out) {
@@ -28,18 +41,20 @@ uint32_t block_size(const void* block, uint16_t* is_array_out) {
 }
 
 const uint8_t* find_record(const void* block, uint16_t id) {
-  // The first record whose ID is not below the one sought, without a branch on what is compared.
   const uint8_t* low = record_at(block, 0);
   uint32_t count = header_of(block).count;
-  const uint8_t* end = low + size_t{kRecordSize} * count;
-  while (count > 0) {
+  if (count == 0) {
+    return nullptr;
+  }
+  // The last record whose ID is not above the one sought. How many steps this takes depends on the count
+  // alone, so that there is no branch on what is compared.
+  while (count > 1) {
     const uint32_t half = count / 2;
     const uint8_t* middle = low + size_t{kRecordSize} * half;
-    const bool below = load<uint16_t>(middle) < id;
-    low = below ? middle + kRecordSize : low;
-    count = below ? count - half - 1 : half;
+    low = load<uint16_t>(middle) <= id ? middle : low;
+    count -= half;
   }
-  return low != end && load<uint16_t>(low) == id ? low : nullptr;
+  return load<uint16_t>(low) == id ? low : nullptr;
 }
 
 SMStatus block_get_by_id(const void* block, uint16_t id, uint8_t* type_out, void* buffer,
@@ -55,21 +70,17 @@ SMStatus block_get_by_id(const void* block, uint16_t id, uint8_t* type_out, void
     return SM_STATUS_DATA_NOT_FOUND;
   }
   const auto record = load<EntryRecord>(place);
-  Value value = value_of(place, record);
-  if ((record.flags & kFlagOutOfLine) == 0) {
-    // The whole slot, whatever the size that was stored: readers fetch 1-, 2- and 4-byte numbers
-    // alike into a zero-padded word. The reader by index gives the size that was stored.
-    value.size = kSlotSize;
-  }
+  const Value value = value_or_slot(place, record);
   const bool fits = buffer != nullptr && *size >= value.size;
-  if (fits) {
-    std::memcpy(buffer, value.bytes, value.size);
-    if (type_out != nullptr) {
-      *type_out = record.type;
-    }
-  }
   *size = value.size;
-  return fits ? SM_STATUS_SUCCESS : SM_STATUS_BUFFER_TOO_SMALL;
+  if (!fits) {
+    return SM_STATUS_BUFFER_TOO_SMALL;
+  }
+  if (type_out != nullptr) {
+    *type_out = record.type;
+  }
+  copy_value(static_cast<uint8_t*>(buffer), value.bytes, value.size, advance(block, 0));
+  return SM_STATUS_SUCCESS;
 }
 
 SMStatus block_get_by_index(const void* block, uint32_t index, uint16_t* id_out, uint8_t* type_out,

@@ -45,21 +45,21 @@ Written write_object(const SMSDOConfig& config, uint8_t* out, uint32_t room) {
   auto end = static_cast<uint32_t>(data_start);
   for (const Entry& entry : EntriesInOrder(config)) {
     const uint64_t length = value_length(entry.type, entry.value(), entry.size);
-    const bool out_of_line = length > kSlotSize;
-    if (out_of_line && length > room - end) {
-      return {end, false};
-    }
-    const auto size = static_cast<uint32_t>(length);
-    const uint8_t flags = out_of_line ? kFlagOutOfLine : (size - 1) & kFlagInlineSize;
-    store(place, EntryRecord{entry.id, type_in_block(entry.type), flags, {}});
-    if (!write_value(entry, size, out_of_line ? out + end : slot_of(place))) {
-      return {end, false};
-    }
-    if (out_of_line) {
-      store(slot_of(place),
+    EntryRecord record{entry.id, type_in_block(entry.type), 0, {}};
+    if (length <= kSlotSize && children_of(entry).empty()) {
+      record.flags = (length - 1) & kFlagInlineSize;
+      std::memcpy(record.slot, entry.value(), kSlotSize);  // an entry is padded as its slot is
+    } else {
+      const auto size = static_cast<uint32_t>(length);
+      if (length > room - end || !write_value(entry, size, out + end)) {
+        return {end, false};
+      }
+      record.flags = kFlagOutOfLine;
+      store(record.slot,
             OutOfLine{static_cast<uint16_t>(size), static_cast<uint16_t>(out + end - place)});
       end += size;
     }
+    store(place, record);
     place += kRecordSize;
   }
   return {end, end == config.binary_size};

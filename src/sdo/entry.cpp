@@ -35,14 +35,21 @@ uint64_t cost_of(uint8_t type, const void* value, size_t size) {
 }
 
 Entry* make_entry(const NewValue& value) {
+  // What is shorter than a slot is padded to one, so that it is copied there without a look at its size.
+  struct Shortest {
+    Entry entry;
+    uint8_t slot[kSlotSize];
+  };
   // A value that comes here has been found small enough for a block.
   const auto size = static_cast<uint32_t>(value.size);
-  auto* entry = static_cast<Entry*>(frame::allocate(sizeof(Entry) + size));
-  if (entry != nullptr) {
-    *entry = {size, value.id, value.type, 0};
-    std::memcpy(entry->value(), value.bytes, value.size);
+  auto* shortest = static_cast<Shortest*>(
+      frame::allocate(static_cast<uint32_t>(sizeof(Entry)) + std::max(size, kSlotSize)));
+  if (shortest == nullptr) {
+    return nullptr;
   }
-  return entry;
+  *shortest = {{size, value.id, value.type, 0}, {}};
+  std::memcpy(shortest->entry.value(), value.bytes, size);
+  return &shortest->entry;
 }
 
 void free_entry(Entry* entry) {

@@ -45,7 +45,8 @@ using Children = std::span<SMSDOConfig* const>;
   return cost_of(entry.type, entry.value(), entry.size);
 }
 
-// Null when memory is short.
+// A value shorter than the slot of an entry record has the zeros behind it that a slot has. Null when memory
+// is short.
 [[nodiscard]] Entry* make_entry(const NewValue& value);
 
 // Frees the entry with its children.

@@ -27,11 +27,12 @@ bool split(const char* text, uint32_t format, size_t hex_digits, Notation* numbe
   switch (format) {
     case SMXLT_FMT_DEFAULT:
     case SMXLT_FMT_DECIMAL: {
-      const bool sign = digits.starts_with('-') || digits.starts_with('+');
-      *number = {digits.substr(sign ? 1 : 0), 10, digits.starts_with('-')};
+      const bool negative = digits.starts_with('-');
+      const bool empty = digits.empty();
+      digits.remove_prefix(negative || digits.starts_with('+') ? 1 : 0);
+      *number = {digits, 10, negative};
       // A lone sign passes, as 0.
-      return !digits.empty() &&
-             number->digits.find_first_not_of(kDecimalDigits) == std::string_view::npos;
+      return !empty && digits.find_first_not_of(kDecimalDigits) == std::string_view::npos;
     }
     case SMXLT_FMT_OCTAL:
       *number = {digits, 8};
