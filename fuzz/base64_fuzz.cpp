@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "exact_input.h"
 #include "kqsupt/containers.h"
-#include "require.h"
 #include "support/base64_model.h"
 
 namespace {
@@ -23,11 +23,10 @@ std::string decode(std::string_view text) {
   const std::string expected = base64_decoding_model(text);
   const Memory in(text.begin(), text.end());
   Memory out(expected.size() + 1, '#');
-  require(SMBase64Decode(out.data(), in.data(), static_cast<int32_t>(in.size())) == 0,
-          "decoding answers 0");
-  require(out.back() == '\0', "a NUL ends the bytes");
+  require(SMBase64Decode(out.data(), in.data(), static_cast<int32_t>(in.size())) == 0);
+  require(out.back() == '\0');
   out.pop_back();
-  require(std::string_view(out.data(), out.size()) == expected, "the bytes are the model's");
+  require(std::string_view(out.data(), out.size()) == expected);
   return expected;
 }
 
@@ -35,9 +34,8 @@ std::string encode(std::string_view bytes, size_t length, const char* alphabet) 
   const Memory in(bytes.begin(),
                   bytes.begin() + static_cast<ptrdiff_t>(length + (length % 3 != 0 ? 1 : 0)));
   Memory out((length + 2) / 3 * 4 + 1, '#');
-  require(SMBase64Encode(out.data(), in.data(), static_cast<int32_t>(length), alphabet) == 0,
-          "encoding answers 0");
-  require(out.back() == '\0', "a NUL ends the text");
+  require(SMBase64Encode(out.data(), in.data(), static_cast<int32_t>(length), alphabet) == 0);
+  require(out.back() == '\0');
   out.pop_back();
   return {out.begin(), out.end()};
 }
@@ -45,15 +43,14 @@ std::string encode(std::string_view bytes, size_t length, const char* alphabet) 
 void encode_and_decode(std::string_view bytes) {
   const size_t length = bytes.size() - 1;
   const std::string text = encode(bytes, length, nullptr);
-  require(text == base64_model(bytes, length), "the text is the model's");
-  require(decode(text) == bytes.substr(0, length), "decoding gives the bytes back");
+  require(text == base64_model(bytes, length));
+  require(decode(text) == bytes.substr(0, length));
 }
 
 void encode_with_alphabet(std::string_view alphabet, std::string_view bytes) {
   const Memory characters(alphabet.begin(), alphabet.end());
   const size_t length = bytes.size() - 1;
-  require(encode(bytes, length, characters.data()) == base64_model(bytes, length, alphabet),
-          "the text in the caller's alphabet is the model's");
+  require(encode(bytes, length, characters.data()) == base64_model(bytes, length, alphabet));
 }
 
 }  // namespace
