@@ -70,6 +70,30 @@ struct Address {
   uint32_t address = 77;
 };
 
+// What a call that runs out of memory for one of its texts makes: all up to that text.
+struct Formatted {
+  char text[16] = "untouched";
+  int32_t stored = -1;
+  ustring wide[3] = {0xE9, 'a', 0};
+
+  [[nodiscard]] bool is(const char* expected) const {
+    return std::strcmp(text, expected) == 0 &&
+           stored == static_cast<int32_t>(std::strlen(expected));
+  }
+  [[nodiscard]] SMStatus status() const {
+    return is("1\u00E9a2") ? SM_STATUS_SUCCESS
+                           : (is("1") ? SM_STATUS_NO_MEMORY : SM_STATUS_UNSUCCESSFUL);
+  }
+};
+
+int32_t format_list(Formatted& state, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  const int32_t stored = SMvsnprintf(state.text, sizeof state.text, format, args);
+  va_end(args);
+  return stored;
+}
+
 Row bytes_row(const std::string& name, const Failures& failures, SMStatus (*call)(Text&)) {
   return row<Text>(name, failures, call, [](Text& state) { return state.unchanged(); });
 }
@@ -130,6 +154,20 @@ std::vector<Row> text_rows() {
                   }
                   return done(size == 12001 && state.unchanged());
                 }),
+      row<Formatted>(
+          "SMsnprintf", kNoMemory,
+          [](Formatted& state) {
+            state.stored = SMsnprintf(state.text, sizeof state.text, "%d%S%d", 1, state.wide, 2);
+            return state.status();
+          },
+          [](Formatted& state) { return state.is("1"); }),
+      row<Formatted>(
+          "SMvsnprintf", kNoMemory,
+          [](Formatted& state) {
+            state.stored = format_list(state, "%d%S%d", 1, state.wide, 2);
+            return state.status();
+          },
+          [](Formatted& state) { return state.is("1"); }),
       bytes_row("SMXLTTypeValueToUTF8_dump", {{kFailed, 0}},
                 [](Text& state) {
                   // More than the text that such a dump begins with has room for.
