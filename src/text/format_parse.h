@@ -29,12 +29,12 @@ struct Spec {
   bool alternate = false;  // "#"
   bool zero = false;       // "0"
   bool is_short = false;   // "h"
-  char conversion = 0;     // 0: the format ends within the specification
+  char conversion = 0;     // 0: the format ends before it
   uint32_t width = 0;
   int32_t precision = kNoPrecision;
 };
 
-// Reads the specification that follows a "%" at `format`, its "*" from the arguments, and returns
+// Reads what follows a "%" at `format`, its "*" from the arguments, and returns
 // where the format goes on. A width or precision beyond INT32_MAX in the format counts as that.
 // "i", "D", "U" and "O" are told as what they stand for: "d", "d", "u" and "o" of a long.
 const char* parse_spec(const char* format, Arguments& arguments, Spec& spec);

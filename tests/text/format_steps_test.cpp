@@ -11,7 +11,7 @@
 namespace kqsupt::text {
 namespace {
 
-// Parses the specification behind the "%" at the beginning of `format`.
+// Parses what stands behind the "%" at the beginning of `format`.
 struct Parsed {
   Spec spec;
   std::string rest;
