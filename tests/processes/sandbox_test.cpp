@@ -8,6 +8,7 @@
 
 #include "gtest/gtest.h"
 #include "support/program.h"
+#include "support/text_file.h"
 
 namespace {
 
@@ -36,12 +37,21 @@ TEST(Sandbox, PassesOnArgumentsAndStreams) {
   EXPECT_EQ(outcome.out, "input a b||*|");
 }
 
+TEST(Sandbox, HasItsOwnRegistryFileWhoseDirectoriesAreThere) {
+  const Outcome outcome = in_sandbox(
+      "sed -n 's/.*path=//p' /etc/ybreg.cfg | xargs ls -d | wc -l; "
+      "ls -d $(sed -n s/wexlib.vardatapath=//p /etc/ybreg.cfg)/.ipc");
+  const std::string outer = getenv("KQSUPT_SANDBOX");
+  EXPECT_EQ(outcome.out.substr(0, 3), "35\n") << outcome.err;
+  EXPECT_EQ(outcome.out.find(outer + "/install"), std::string::npos);
+}
+
 TEST(Sandbox, LetsTheRegistryFilesBeWrittenAndLeavesNoneBehind) {
   const Outcome outcome = in_sandbox(
       "echo a >/etc/ybreg.cfg && mkdir -p /usr/lib/ext/mavo && echo b >/usr/lib/ext/mavo/ybreg.cfg "
       "&& cat /etc/ybreg.cfg /usr/lib/ext/mavo/ybreg.cfg");
   EXPECT_EQ(outcome.out, "a\nb\n") << outcome.err;
-  EXPECT_NE(access("/etc/ybreg.cfg", F_OK), 0);
+  EXPECT_NE(kqsupt::tests::read_file("/etc/ybreg.cfg"), "a\n");
   EXPECT_NE(access("/usr/lib/ext/mavo", F_OK), 0);
 }
 

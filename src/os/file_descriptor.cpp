@@ -1,0 +1,55 @@
+// Opening, reading and writing files.
+
+#include "os/file_descriptor.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+
+namespace kqsupt::os {
+
+FileDescriptor FileDescriptor::open(const char* path, int flags, mode_t mode) {
+  int fd;
+  do {
+    fd = ::open(path, flags | O_CLOEXEC, mode);
+  } while (fd < 0 && errno == EINTR);
+  return FileDescriptor(fd);
+}
+
+// The descriptor is gone whatever the call says.
+void FileDescriptor::close() {
+  if (is_open()) {
+    ::close(release());
+  }
+}
+
+ssize_t FileDescriptor::read_all(void* buffer, size_t size) const {
+  size_t done = 0;
+  while (done < size) {
+    const ssize_t count = ::read(fd_, static_cast<uint8_t*>(buffer) + done, size - done);
+    if (count > 0) {
+      done += static_cast<size_t>(count);
+    } else if (count == 0) {
+      break;
+    } else if (errno != EINTR) {
+      return -1;
+    }
+  }
+  return static_cast<ssize_t>(done);
+}
+
+bool FileDescriptor::write_all(std::string_view bytes) const {
+  while (!bytes.empty()) {
+    const ssize_t count = ::write(fd_, bytes.data(), bytes.size());
+    if (count > 0) {
+      bytes.remove_prefix(static_cast<size_t>(count));
+    } else if (count == 0 || errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace kqsupt::os
