@@ -1,7 +1,11 @@
-// The mutex that guards state of the whole process, and the guard that takes it for a scope.
+// The mutex that guards state of the process, and the guard that takes it for a scope.
 #pragma once
 
 #include <pthread.h>
+
+#include <cstdint>
+
+#include "kqsupt/frame.h"
 
 namespace kqsupt::ipc {
 
@@ -16,6 +20,12 @@ class LocalMutex {
   // Waits without limit. Neither call can fail on a mutex of this kind.
   void lock() { pthread_mutex_lock(&mutex_); }
   void unlock() { pthread_mutex_unlock(&mutex_); }
+
+  // -1 waits without limit, 0 tries once. SM_STATUS_TIMEOUT, or 0xFFFFFFFF when the system refuses.
+  [[nodiscard]] SMStatus lock_within(int32_t timeout_ms);
+
+  // Forgets who holds it: for a child process, whose only thread cannot be the one that did.
+  void renew() { mutex_ = PTHREAD_MUTEX_INITIALIZER; }
 
  private:
   pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
