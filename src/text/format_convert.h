@@ -28,12 +28,24 @@ inline constexpr int32_t kMostDigits = 767;
 
 // Where the text of a number is made.
 struct NumberText {
-  static constexpr size_t kLead = 8;  // for what goes in front of digits that are there already
-  char lead[kLead + 309 + 1 + kMostDecimals + 8];
+  static constexpr size_t kLead = 24;  // for zeros, a point and a sign before digits
+  char lead[kLead + 309 + 1 + kMostDecimals + 24];
 
   char* digits() { return lead + kLead; }
   char* end() { return lead + sizeof lead; }
 };
+
+// Puts the sign of a signed conversion before its digits at `first`. Returns where the text begins,
+// and how many characters the sign has.
+inline char* prepend_sign(const Spec& spec, bool negative, char* first, uint32_t& prefix) {
+  const char sign = negative ? '-' : spec.plus ? '+' : spec.space ? ' ' : '\0';
+  if (sign == '\0') {
+    return first;
+  }
+  first[-1] = sign;
+  prefix = 1;
+  return first - 1;
+}
 
 // "d".
 [[nodiscard]] Field convert_signed(const Spec& spec, int32_t value, NumberText& room);

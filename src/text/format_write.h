@@ -11,27 +11,6 @@
 
 namespace kqsupt::text {
 
-// Most texts are short: a call of memcpy costs more than the copy.
-inline void copy(char* to, const char* from, size_t size) {
-  if (size > 16) {
-    std::memcpy(to, from, size);
-  } else if (size >= 8) {
-    uint64_t first, last;
-    std::memcpy(&first, from, 8);
-    std::memcpy(&last, from + size - 8, 8);
-    std::memcpy(to, &first, 8);
-    std::memcpy(to + size - 8, &last, 8);
-  } else if (size >= 4) {
-    uint32_t first, last;
-    std::memcpy(&first, from, 4);
-    std::memcpy(&last, from + size - 4, 4);
-    std::memcpy(to, &first, 4);
-    std::memcpy(to + size - 4, &last, 4);
-  } else {
-    for (size_t i = 0; i < size; ++i) to[i] = from[i];
-  }
-}
-
 // Takes any amount of text. Stores what fits, counts the rest.
 class BoundedOutput {
  public:
@@ -45,7 +24,7 @@ class BoundedOutput {
   void text(const char* text, size_t size) {
     const size_t stored = std::min(size, room_);
     if (stored != 0) {
-      copy(at_, text, stored);
+      std::memcpy(at_, text, stored);
       at_ += stored;
       room_ -= stored;
     }

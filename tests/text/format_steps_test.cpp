@@ -1,10 +1,12 @@
 // The steps of formatting each on its own, and what callers inside the library see.
 
+#include <cmath>
 #include <string>
 
 #include "gtest/gtest.h"
 #include "text/format.h"
 #include "text/format_convert.h"
+#include "text/format_digits.h"
 #include "text/format_parse.h"
 #include "text/format_write.h"
 
@@ -89,6 +91,63 @@ TEST(FormatConvert, RunsOfZerosAreOnlyCounted) {
   const Field exponent = convert_double(spec, 1.5, room);
   EXPECT_EQ(exponent.suffix, 4U);
   EXPECT_EQ(exponent.size + exponent.zeros_before_suffix, 2000000000U + 2 + 4);
+}
+
+TEST(FormatDigits, ScaledNumbersAreRoundedToTheNearest) {
+  uint64_t result = 0;
+  EXPECT_TRUE(scale(3.14159, 2, result));
+  EXPECT_EQ(result, 314U);
+  EXPECT_TRUE(scale(0.99999, 2, result));
+  EXPECT_EQ(result, 100U);
+  EXPECT_TRUE(scale(0.1, 17, result));
+  EXPECT_EQ(result, 10000000000000001U);
+  EXPECT_TRUE(scale(5e-324, 17, result));
+  EXPECT_EQ(result, 0U);
+  EXPECT_TRUE(scale(0, 2, result));
+  EXPECT_EQ(result, 0U);
+}
+
+TEST(FormatDigits, HalfwayIsLeftToOthers) {
+  uint64_t result = 0;
+  EXPECT_FALSE(scale(0.125, 2, result));
+  EXPECT_FALSE(scale(2.5, 0, result));
+  EXPECT_TRUE(scale(std::nextafter(2.5, 2.0), 0, result));
+  EXPECT_EQ(result, 2U);
+  EXPECT_TRUE(scale(std::nextafter(2.5, 3.0), 0, result));
+  EXPECT_EQ(result, 3U);
+  LeadingDigits leading;
+  EXPECT_FALSE(find_leading_digits(0.125, 2, leading));
+}
+
+TEST(FormatDigits, LargeNumbersAreLeftToOthers) {
+  uint64_t result = 0;
+  EXPECT_TRUE(scale(4e18, 0, result));
+  EXPECT_EQ(result, 4000000000000000000U);
+  EXPECT_FALSE(scale(1e18, 1, result));
+  EXPECT_FALSE(scale(1e300, 17, result));
+}
+
+TEST(FormatDigits, LeadingDigitsComeWithThePowerOfTheFirst) {
+  LeadingDigits leading;
+  EXPECT_TRUE(find_leading_digits(12345.678, 7, leading));
+  EXPECT_EQ(leading.value, 1234568U);
+  EXPECT_EQ(leading.power, 4);
+  EXPECT_TRUE(find_leading_digits(5e-324, 17, leading));
+  EXPECT_EQ(leading.value, 49406564584124654U);
+  EXPECT_EQ(leading.power, -324);
+  EXPECT_TRUE(find_leading_digits(1.7976931348623157e308, 17, leading));
+  EXPECT_EQ(leading.value, 17976931348623157U);
+  EXPECT_EQ(leading.power, 308);
+  EXPECT_TRUE(find_leading_digits(1.7976931348623157e308, 1, leading));
+  EXPECT_EQ(leading.value, 2U);
+  EXPECT_EQ(leading.power, 308);
+}
+
+TEST(FormatDigits, RoundingUpToOneDigitMoreRaisesThePower) {
+  LeadingDigits leading;
+  EXPECT_TRUE(find_leading_digits(9.9996, 4, leading));
+  EXPECT_EQ(leading.value, 1000U);
+  EXPECT_EQ(leading.power, 1);
 }
 
 TEST(FormatWrite, ZerosGoBehindThePrefixAndBeforeTheSuffix) {
