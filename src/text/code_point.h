@@ -1,7 +1,9 @@
 // One code point in each encoding.
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "kqsupt/text.h"
 
@@ -10,16 +12,36 @@ namespace kqsupt::text {
 inline constexpr uint32_t kMostUtf8Bytes = 6;
 inline constexpr uint32_t kMostUcs2Units = 2;
 
+// A unit at any address: a value inside a block of bytes lies as it comes.
+[[nodiscard]] inline ustring unit_at(const ustring* at) {
+  ustring unit;
+  std::memcpy(&unit, at, sizeof unit);
+  return unit;
+}
+inline void put_unit(ustring* at, uint32_t unit) {
+  const auto value = static_cast<ustring>(unit);
+  std::memcpy(at, &value, sizeof value);
+}
+
 // The number of bytes that a code point takes in UTF-8, in the original form that knows 5 and 6
 // bytes; 0 for one that has no form.
 [[nodiscard]] constexpr uint32_t utf8_length(uint32_t code_point) {
-  constexpr uint32_t kFirstOfLength[] = {0x80, 0x800, 0x10000, 0x200000, 0x4000000, 0x80000000};
-  for (uint32_t length = 1; length <= kMostUtf8Bytes; ++length) {
-    if (code_point < kFirstOfLength[length - 1]) {
-      return length;
-    }
+  if (code_point < 0x80) {
+    return 1;
   }
-  return 0;
+  if (code_point < 0x800) {
+    return 2;
+  }
+  if (code_point < 0x10000) {
+    return 3;
+  }
+  if (code_point < 0x200000) {
+    return 4;
+  }
+  if (code_point < 0x4000000) {
+    return 5;
+  }
+  return code_point < 0x80000000 ? kMostUtf8Bytes : 0;
 }
 
 // Writes the `length` bytes of a code point.
@@ -46,15 +68,12 @@ struct Decoded {
 // checked for their pattern and over-long forms pass: agents exchange texts that rely on it.
 [[nodiscard]] inline Decoded read_utf8(const char* from) {
   const auto lead = static_cast<uint8_t>(from[0]);
-  if (lead < 0x80) {
+  const auto length = static_cast<uint32_t>(std::countl_one(lead));
+  if (length == 0) {
     return {lead, 1};
   }
-  if (lead < 0xC0 || lead >= 0xFE) {
+  if (length == 1 || length > kMostUtf8Bytes) {
     return {0, 0};
-  }
-  uint32_t length = 2;
-  while ((lead & (0x80U >> length)) != 0) {
-    ++length;
   }
   uint32_t code_point = lead & (0x7FU >> length);
   for (uint32_t i = 1; i < length; ++i) {
@@ -76,11 +95,11 @@ struct Decoded {
 // the form in which such text has always been stored, and its readers expect it.
 inline void write_ucs2(ustring* to, uint32_t code_point, uint32_t length) {
   if (length == 1) {
-    to[0] = static_cast<ustring>(code_point);
+    put_unit(to, code_point);
     return;
   }
-  to[0] = static_cast<ustring>(0xD800 | (code_point >> 10 & 0x3FF));
-  to[1] = static_cast<ustring>(0xDC00 | (code_point & 0x3FF));
+  put_unit(to, 0xD800 | (code_point >> 10 & 0x3FF));
+  put_unit(to + 1, 0xDC00 | (code_point & 0x3FF));
 }
 
 [[nodiscard]] constexpr bool is_surrogate(ustring unit) {
