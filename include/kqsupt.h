@@ -7,6 +7,7 @@
 #include <kqsupt/frame.h>
 #include <kqsupt/log.h>
 #include <kqsupt/net.h>
+#include <kqsupt/os.h>
 #include <kqsupt/sdo.h>
 #include <kqsupt/text.h>
 

@@ -33,8 +33,12 @@ bool call_every_family() {
   SMRFC1321AddMsg(&context, "abc", 3);
   SMRFC1321ComputeMsgDigest(&context);
   SMBase64Encode(text, context.digest, 3, nullptr);
-  return checksum_right && block != nullptr && added == SM_STATUS_SUCCESS && length == 1 &&
-         (converted == SM_STATUS_SUCCESS || converted == kNotStarted) && SUPTGetMajorVersion() == 1;
+  SMThread* thread = SMThreadStart([](void*) -> void* { return nullptr; }, nullptr);
+  const bool stopped = thread != nullptr && SMThreadStop(thread) == SM_STATUS_SUCCESS;
+  const bool named = SMThreadYield() == 0 && SMThreadGetID() != 0;
+  return stopped && named && checksum_right && block != nullptr && added == SM_STATUS_SUCCESS &&
+         length == 1 && (converted == SM_STATUS_SUCCESS || converted == kNotStarted) &&
+         SUPTGetMajorVersion() == 1;
 }
 
 // Takes the registry file of the sandbox away, so that the library's own start fails.
