@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 #include "frame/status.h"
 #include "frame/stopping.h"
@@ -23,53 +24,39 @@ constexpr int32_t kMostWaiting = std::numeric_limits<int32_t>::max();
 // all the same: the counts are theirs alone and can be put right.
 class Hold {
  public:
-  explicit Hold(const SMRWLock& lock)
-      : guard_(lock.guard), whole_(lock_mutex(guard_, kForever) == SM_STATUS_SUCCESS) {
-    if (!whole_) {
-      guard_->local.lock();
+  explicit Hold(const SMRWLock& lock) : guard_(*lock.guard) {
+    if (guard_.header.name == nullptr || lock_mutex(&guard_, kForever) != SM_STATUS_SUCCESS) {
+      guard_.local.lock();
+      local_ = true;
     }
   }
   ~Hold() {
-    if (whole_) {
-      unlock_mutex(guard_);
+    if (local_) {
+      guard_.local.unlock();
     } else {
-      guard_->local.unlock();
+      unlock_mutex(&guard_);
     }
   }
   Hold(const Hold&) = delete;
   Hold& operator=(const Hold&) = delete;
 
-  // False when other processes are not kept out.
-  [[nodiscard]] bool is_whole() const { return whole_; }
+  // False when other processes are not kept out of what they share.
+  [[nodiscard]] bool is_whole() const { return !local_ || guard_.header.name == nullptr; }
 
  private:
-  SMMutex* guard_;
-  bool whole_;
+  SMMutex& guard_;
+  bool local_ = false;
 };
 
-// Being inside a lock that may be destroyed meanwhile. It begins while the guard is held, and ends
-// when it is not.
-class Stay {
- public:
-  Stay() = default;
-  ~Stay() {
-    if (lock_ != nullptr && lock_->stays.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-      const ObjectPtr<SMRWLock> last(lock_);
-    }
+// Being inside a lock that may be destroyed meanwhile. A stay ends when the guard is not held.
+void begin_stay(SMRWLock& lock) {
+  lock.stays.fetch_add(1, std::memory_order_relaxed);
+}
+void end_stay(SMRWLock& lock) {
+  if (lock.stays.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    const ObjectPtr<SMRWLock> last(&lock);
   }
-  Stay(const Stay&) = delete;
-  Stay& operator=(const Stay&) = delete;
-
-  void begin(SMRWLock& lock) {
-    lock.stays.fetch_add(1, std::memory_order_relaxed);
-    lock_ = &lock;
-  }
-  // Takes the place of the owner, who has no more use for the lock.
-  void replace_owner(SMRWLock& lock) { lock_ = &lock; }
-
- private:
-  SMRWLock* lock_ = nullptr;
-};
+}
 
 struct Reader {
   static int32_t& waiting(SMRWLock& lock) { return lock.waiting_readers; }
@@ -126,70 +113,90 @@ void wait_at_gate(const SMRWLock& lock, SMSemaphore* gate, int32_t timeout_ms) {
   }
 }
 
+// One look of a thread that is counted as waiting, with the guard held; none when it has to go on
+// waiting.
+template <class Side>
+std::optional<SMStatus> look_again(SMRWLock& lock, bool is_whole) {
+  if (lock.destroyed || frame::is_stopping() || !is_whole) {
+    --Side::waiting(lock);
+    // Others may wait for nobody but this one.
+    if (const WakeUp next = next_wake_up(lock); next.gate != nullptr) {
+      next.gate->count.post(next.posts);
+    }
+    return frame::kFailed;
+  }
+  if (Side::may_enter(lock)) {
+    --Side::waiting(lock);
+    Side::enter(lock);
+    return SM_STATUS_SUCCESS;
+  }
+  return std::nullopt;
+}
+
 // For a thread that is counted as waiting.
 template <class Side>
-SMStatus wait_to_enter(SMRWLock& lock, int32_t timeout_ms) {
-  for (;;) {
+[[gnu::noinline]] SMStatus wait_to_enter(SMRWLock& lock, int32_t timeout_ms) {
+  std::optional<SMStatus> answer;
+  while (!answer.has_value()) {
     wait_at_gate(lock, Side::gate(lock), timeout_ms);
     const Hold hold(lock);
-    if (lock.destroyed || frame::is_stopping() || !hold.is_whole()) {
-      --Side::waiting(lock);
-      // Others may wait for nobody but this one.
-      if (const WakeUp next = next_wake_up(lock); next.gate != nullptr) {
-        next.gate->count.post(next.posts);
-      }
+    answer = look_again<Side>(lock, hold.is_whole());
+  }
+  return *answer;
+}
+
+// For a thread that stays until the answer.
+template <class Side>
+SMStatus enter_or_wait(SMRWLock& lock, int32_t timeout_ms) {
+  {
+    const Hold hold(lock);
+    if (!hold.is_whole() || lock.destroyed) [[unlikely]] {
       return frame::kFailed;
     }
-    if (Side::may_enter(lock)) {
-      --Side::waiting(lock);
+    if (Side::waiting(lock) == kMostWaiting) [[unlikely]] {
+      return SM_STATUS_OUT_OF_SPACE;
+    }
+    if (Side::may_enter(lock)) [[likely]] {
       Side::enter(lock);
       return SM_STATUS_SUCCESS;
     }
+    ++Side::waiting(lock);
   }
+  return wait_to_enter<Side>(lock, timeout_ms);
 }
 
 template <class Side>
 SMStatus get_lock(SMRWLock* lock, int32_t timeout_ms) {
-  if (const SMStatus status = check_object(lock); status != SM_STATUS_SUCCESS) {
-    return status;
+  if (!is_object(lock)) [[unlikely]] {
+    return check_object(lock);
   }
-  Stay stay;
-  {
-    const Hold hold(*lock);
-    if (!hold.is_whole() || lock->destroyed) {
-      return frame::kFailed;
-    }
-    if (Side::waiting(*lock) == kMostWaiting) {
-      return SM_STATUS_OUT_OF_SPACE;
-    }
-    if (Side::may_enter(*lock)) {
-      Side::enter(*lock);
-      return SM_STATUS_SUCCESS;
-    }
-    ++Side::waiting(*lock);
-    stay.begin(*lock);
-  }
-  return wait_to_enter<Side>(*lock, timeout_ms);
+  begin_stay(*lock);
+  const SMStatus status = enter_or_wait<Side>(*lock, timeout_ms);
+  end_stay(*lock);
+  return status;
+}
+
+[[gnu::noinline]] void post_and_end_stay(SMRWLock& lock, const WakeUp& next) {
+  next.gate->count.post(next.posts);
+  end_stay(lock);
 }
 
 template <class Side>
 void release_lock(SMRWLock* lock) {
-  if (!is_object(lock)) {
+  if (!is_object(lock)) [[unlikely]] {
     return;
   }
-  Stay stay;
   WakeUp next;
   {
     const Hold hold(*lock);
     Side::leave(*lock);
     next = next_wake_up(*lock);
-    if (next.gate != nullptr) {
-      stay.begin(*lock);  // whom the lock is free for may destroy it before the post
+    if (next.gate == nullptr) [[likely]] {
+      return;
     }
+    begin_stay(*lock);  // whom the lock is free for may destroy it before the post
   }
-  if (next.gate != nullptr) {
-    next.gate->count.post(next.posts);
-  }
+  post_and_end_stay(*lock, next);
 }
 
 // The set behind a gate stays: it may be another process's too.
@@ -222,13 +229,11 @@ void destroy_rw_lock(SMRWLock* lock) {
   if (!is_object(lock)) {
     return;
   }
-  Stay stay;
   int32_t writers = 0;
   int32_t readers = 0;
   {
     const Hold hold(*lock);
     lock->destroyed = true;
-    stay.replace_owner(*lock);
     writers = lock->waiting_writers;
     readers = lock->waiting_readers;
   }
@@ -241,6 +246,7 @@ void destroy_rw_lock(SMRWLock* lock) {
   // At once and not when the last waiter leaves: the name may be in use again by then.
   lock->writer_gate->count.remove();
   lock->reader_gate->count.remove();
+  end_stay(*lock);  // the owner's
 }
 
 SMStatus get_read_lock(SMRWLock* lock, int32_t timeout_ms) {

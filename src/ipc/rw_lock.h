@@ -24,8 +24,8 @@ struct SMRWLock {
   int32_t waiting_readers;
   uint16_t writer_active;
   bool destroyed;
-  // The owner until the lock is destroyed, and every thread that is inside without holding the guard. Whoever
-  // leaves last frees the lock.
+  // The owner until the lock is destroyed, every thread that asks for the lock until it is answered, and every one
+  // that still has to wake others. Whoever leaves last frees the lock.
   std::atomic<uint32_t> stays;
 
   ~SMRWLock();
