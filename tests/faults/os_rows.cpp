@@ -10,9 +10,7 @@ void* do_nothing(void*) {
   return nullptr;
 }
 
-// The C library keeps what it allocates for the first thread, and uses it for the next one.
 struct Thread {
-  Thread() { SMThreadStop(SMThreadStart(do_nothing, nullptr)); }
   ~Thread() { SMThreadStop(thread); }
   SMThread* thread = nullptr;
 };
@@ -20,6 +18,8 @@ struct Thread {
 }  // namespace
 
 std::vector<Row> os_rows() {
+  // The C library keeps what it allocates for the first thread, and uses it for the next one.
+  SMThreadStop(SMThreadStart(do_nothing, nullptr));
   return {
       row<Thread>(
           "SMThreadStart", {{SM_STATUS_NO_MEMORY, 0}},
