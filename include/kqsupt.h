@@ -5,6 +5,7 @@
 #include <kqsupt/config.h>
 #include <kqsupt/containers.h>
 #include <kqsupt/frame.h>
+#include <kqsupt/ipc.h>
 #include <kqsupt/log.h>
 #include <kqsupt/net.h>
 #include <kqsupt/os.h>

@@ -1,19 +1,20 @@
 /* Objects that threads and processes wait for: mutexes, semaphores, events, shared memory.
  *
  * An object without a name is private to the process. One with a name is shared by every process
- * that uses the same name for the same kind of object; a name is text in UTF-8 of at least one byte.
- * Names are kept in the IPC directory: ".ipc" in the variable-data directory that the install
+ * that uses the same name for the same kind of object; a name is text in UTF-8 of at least one
+ * byte. Names are kept in the IPC directory: ".ipc" in the variable-data directory that the install
  * registry gives for the product wexlib, or else for nurb. The directory must exist. What stands
  * behind a name outlives the processes that use it, as each kind of object tells.
  *
- * A handle belongs to the process that got it. It may be used by all its threads; releasing it while
- * another thread uses it is an error. A call on NULL answers SM_STATUS_INVALID_PARAMETER, on a handle of
- * another kind SM_STATUS_OPERATION_FAILED, before anything else is looked at.
+ * A handle belongs to the process that got it. It may be used by all its threads; releasing it
+ * while another thread uses it is an error. A call on NULL answers SM_STATUS_INVALID_PARAMETER, on
+ * a handle of another kind SM_STATUS_OPERATION_FAILED, before anything else is looked at.
  *
  * A timeout is in milliseconds; -1 waits without limit and 0 tries once.
  *
  * A permission says who may use a new object: -1 stands for 0664 and 0 for 0600; any other value is
- * a sum of SM_PERMISSION_ bits. The calls without a permission take -1 with a name and 0 without. */
+ * a sum of SM_PERMISSION_ bits. The calls without a permission take -1 with a name and 0 without.
+ * */
 #ifndef KQSUPT_IPC_H
 #define KQSUPT_IPC_H
 
@@ -41,9 +42,10 @@ enum {
 
 /* ---- Mutexes -----------------------------------------------------------------------------------
  *
- * Held by one thread at a time, and not recursive. A named one is a lock file, which stays for ever;
- * it is locked while the process that locked it lives, and by nobody after a fork in the child. A
- * process that may only read the lock file excludes those that may write it and no other reader. */
+ * Held by one thread at a time, and not recursive. A named one is a lock file, which stays for
+ * ever; it is locked while the process that locked it lives, and by nobody after a fork in the
+ * child. A process that may only read the lock file excludes those that may write it and no other
+ * reader. */
 
 typedef struct SMMutex SMMutex;
 
@@ -53,8 +55,8 @@ typedef struct SMMutex SMMutex;
 KQSUPT_API SMMutex* SMMutexCreate(const char* name);
 KQSUPT_API SMMutex* SMMutexCreate_s(const char* name, int32_t permission);
 
-/* A handle on the mutex of that name. NULL as above, when `name` is NULL, and when nobody has created it
- * yet. */
+/* A handle on the mutex of that name. NULL as above, when `name` is NULL, and when nobody has
+ * created it yet. */
 KQSUPT_API SMMutex* SMMutexOpen(const char* name);
 
 /* Takes the mutex. SM_STATUS_TIMEOUT when somebody else held it to the end of `timeout`: a wait is
@@ -70,21 +72,21 @@ KQSUPT_API void SMMutexDestroy(SMMutex* mutex);
 
 /* ---- Semaphores --------------------------------------------------------------------------------
  *
- * A count from 0 to 32767. A named one stays, with its count, until a creator destroys it; a process
- * that dies gives nothing back. */
+ * A count from 0 to 32767. A named one stays, with its count, until a creator destroys it; a
+ * process that dies gives nothing back. */
 
 typedef struct SMSemaphore SMSemaphore;
 
 /* A new semaphore with the count `initialCount`, or with a name that exists another handle on it,
  * whose count stays. The caller releases it with SMSemaphoreDestroy. NULL when `initialCount` is
- * above 32767, memory is short, the name is empty or no key could be had for it, or the system has no
- * semaphore left. */
+ * above 32767, memory is short, the name is empty or no key could be had for it, or the system has
+ * no semaphore left. */
 KQSUPT_API SMSemaphore* SMSemaphoreCreate(const char* name, uint32_t initialCount);
 KQSUPT_API SMSemaphore* SMSemaphoreCreate_s(const char* name, uint32_t initialCount,
                                             int32_t permission);
 
-/* A handle on the semaphore of that name. NULL as above, when `name` is NULL, and when there is none
- * now. The name is registered all the same. */
+/* A handle on the semaphore of that name. NULL as above, when `name` is NULL, and when there is
+ * none now. The name is registered all the same. */
 KQSUPT_API SMSemaphore* SMSemaphoreOpen(const char* name);
 
 /* Waits until the count is above 0 and takes 1. SM_STATUS_TIMEOUT when it stayed 0 for `timeout`;
@@ -92,8 +94,8 @@ KQSUPT_API SMSemaphore* SMSemaphoreOpen(const char* name);
 KQSUPT_API SMStatus SMSemaphoreAcquireWait(SMSemaphore* semaphore, int32_t timeout);
 
 /* Adds `count`, one by one. `*previous`, when given, receives the count before.
- * SM_STATUS_INVALID_PARAMETER, and nothing done, when `count` is not 1 to 32767; 0xFFFFFFFF when the
- * system refuses, as above the highest count: what was added until then stays. */
+ * SM_STATUS_INVALID_PARAMETER, and nothing done, when `count` is not 1 to 32767; 0xFFFFFFFF when
+ * the system refuses, as above the highest count: what was added until then stays. */
 KQSUPT_API SMStatus SMSemaphoreRelease(SMSemaphore* semaphore, int32_t count, uint32_t* previous);
 
 /* Releases the handle. One that was created takes the semaphore away from everybody; one that was
@@ -103,27 +105,27 @@ KQSUPT_API void SMSemaphoreDestroy(SMSemaphore* semaphore);
 /* ---- Events ------------------------------------------------------------------------------------
  *
  * Signalled or not. With manual reset an event stays signalled for all who wait, until it is reset;
- * with automatic reset it lets one through and is then reset. A named one stays, with its state, until a
- * creator destroys it. */
+ * with automatic reset it lets one through and is then reset. A named one stays, with its state,
+ * until a creator destroys it. */
 
 typedef struct SMEvent SMEvent;
 
 /* A new event, or with a name that exists another handle on it, whose state stays. `manualReset` 1
- * is manual, any other value automatic; of a name that exists it should be what it was created with.
- * `initiallySignalled` 1 is signalled, any other value is not. The caller releases it with SMEventDestroy. NULL
- * when memory is short, the name is empty or no key could be had for it, or the system has no
- * semaphore left. */
+ * is manual, any other value automatic; of a name that exists it should be what it was created
+ * with. `initiallySignalled` 1 is signalled, any other value is not. The caller releases it with
+ * SMEventDestroy. NULL when memory is short, the name is empty or no key could be had for it, or
+ * the system has no semaphore left. */
 KQSUPT_API SMEvent* SMEventCreate(const char* name, int32_t manualReset,
                                   uint32_t initiallySignalled);
 KQSUPT_API SMEvent* SMEventCreate_s(const char* name, int32_t manualReset,
                                     uint32_t initiallySignalled, int32_t permission);
 
-/* A handle on the event of that name, which is reset as it was created to be. NULL as above, when `name` is
- * NULL, and when there is none now. */
+/* A handle on the event of that name, which is reset as it was created to be. NULL as above, when
+ * `name` is NULL, and when there is none now. */
 KQSUPT_API SMEvent* SMEventOpen(const char* name);
 
-/* Waits until the event is signalled. SM_STATUS_TIMEOUT when it was not within `timeout`; 0xFFFFFFFF
- * when the system refuses, as when the event was destroyed meanwhile. */
+/* Waits until the event is signalled. SM_STATUS_TIMEOUT when it was not within `timeout`;
+ * 0xFFFFFFFF when the system refuses, as when the event was destroyed meanwhile. */
 KQSUPT_API SMStatus SMEventWait(SMEvent* event, int32_t timeout);
 
 /* Signals the event. 0xFFFFFFFF when the system refuses. */
@@ -132,13 +134,13 @@ KQSUPT_API SMStatus SMEventSet(SMEvent* event);
 /* Ends the signal. 0xFFFFFFFF when the system refuses. */
 KQSUPT_API SMStatus SMEventReset(SMEvent* event);
 
-/* Lets through who waits now, as the event is reset: all, or one. Then it is not signalled. A waiter
- * that does not get to run in between misses it. On an event that is signalled it is a reset. Always 0 for
- * an event. */
+/* Lets through who waits now, as the event is reset: all, or one. Then it is not signalled. A
+ * waiter that does not get to run in between misses it. On an event that is signalled it is a
+ * reset. Always 0 for an event. */
 KQSUPT_API SMStatus SMEventPulse(SMEvent* event);
 
-/* Releases the handle. One that was created takes the event away from everybody; one that was opened
- * does not. NULL and handles of another kind are ignored. */
+/* Releases the handle. One that was created takes the event away from everybody; one that was
+ * opened does not. NULL and handles of another kind are ignored. */
 KQSUPT_API void SMEventDestroy(SMEvent* event);
 
 /* ---- Shared memory -----------------------------------------------------------------------------
@@ -150,23 +152,23 @@ KQSUPT_API void SMEventDestroy(SMEvent* event);
 typedef struct SMSharedMem SMSharedMem;
 
 /* A segment of `size` bytes, zeros when it is new; one that was taken over has its old size and
- * content. The caller releases it with SMSharedMemFree. NULL when `name` is NULL or empty, memory is
- * short, no key could be had for the name, its creator lives, or the system refuses: `size` 0, no
- * segment or semaphore left. */
+ * content. The caller releases it with SMSharedMemFree. NULL when `name` is NULL or empty, memory
+ * is short, no key could be had for the name, its creator lives, or the system refuses: `size` 0,
+ * no segment or semaphore left. */
 KQSUPT_API SMSharedMem* SMSharedMemCreate(const char* name, uint32_t size);
 KQSUPT_API SMSharedMem* SMSharedMemCreate_s(const char* name, uint32_t size, int32_t permission);
 
-/* A handle on the segment of that name. The caller releases it with SMSharedMemFree. NULL when `name` is
- * NULL or empty, memory is short, there is no segment, or its creator has ended. */
+/* A handle on the segment of that name. The caller releases it with SMSharedMemFree. NULL when
+ * `name` is NULL or empty, memory is short, there is no segment, or its creator has ended. */
 KQSUPT_API SMSharedMem* SMSharedMemOpen(const char* name);
 
-/* Where the segment lies in this process, until the handle is released; NULL for NULL and handles of
- * another kind. */
+/* Where the segment lies in this process, until the handle is released; NULL for NULL and handles
+ * of another kind. */
 KQSUPT_API void* SMSharedMemGetAddressPtr(const SMSharedMem* memory);
 
-/* Releases the handle; the segment is no longer to be used through it. The handle that made the segment takes
- * it away: who has it open keeps it, and the name is free. One that took a segment over holds it
- * until the process ends. NULL and handles of another kind are ignored. */
+/* Releases the handle; the segment is no longer to be used through it. The handle that made the
+ * segment takes it away: who has it open keeps it, and the name is free. One that took a segment
+ * over holds it until the process ends. NULL and handles of another kind are ignored. */
 KQSUPT_API void SMSharedMemFree(SMSharedMem* memory);
 
 /* ---- Reader-writer locks -----------------------------------------------------------------------

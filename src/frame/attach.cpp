@@ -2,19 +2,36 @@
 
 #include <array>
 
+#include "config/install_paths.h"
+#include "config/install_registry.h"
 #include "containers/crc32.h"
 #include "frame/attach_sequence.h"
+#include "ipc/critical_section.h"
+#include "ipc/path_lock_table.h"
+#include "ipc/registry.h"
 #include "net/network_layer.h"
 #include "text/format.h"
 
 namespace kqsupt::frame {
 namespace {
 
-// The modules that a process starts, in order. None of these depends on another one. Records, trees and
-// text keep nothing between two calls and need none. Each export works, or says that it cannot, whether
-// or not the start succeeded and also before the constructor below has run.
-constexpr std::array<Module, 3> kModules{{
+// The modules that a process starts, in order. The file of the install registry comes first, for
+// without it the library is of no use; with it the locks of files, for which nothing else is
+// needed. The table of paths is read from that file. Named objects have their directory from the
+// table, and their start reads an INI file in it, under such a lock. The others depend on nothing.
+// Records, trees and text keep nothing between two calls and need no start. Each export works, or
+// says that it cannot, whether or not the start succeeded and also before the constructor below has
+// run.
+constexpr std::array<Module, 7> kModules{{
+    {"install registry", [] { return config::start_install_registry() && ipc::start_path_locks(); },
+     [] {
+       ipc::stop_path_locks();
+       config::stop_install_registry();
+     }},
+    {"install paths", config::start_install_paths, config::stop_install_paths},
     {"network", net::start, net::stop},
+    {"named objects", ipc::start_registry, ipc::stop_registry},
+    {"critical sections", ipc::start_critical_sections, ipc::stop_critical_sections},
     {"formatter", text::start_formatter, text::stop_formatter},
     {"CRC-32 table", containers::start_crc32_table, containers::stop_crc32_table},
 }};

@@ -81,6 +81,9 @@ void leave(Section* section) {
 }  // namespace
 
 bool start_critical_sections() {
+  if (!hold_over_forks(table_mutex)) {
+    return false;
+  }
   const LocalMutexGuard guard(table_mutex);
   table.started = true;
   return true;

@@ -9,8 +9,8 @@
 namespace kqsupt::ipc {
 namespace {
 
-// How those who open an event by its name learn how it is reset: by the number of semaphores, of which the
-// second serves no other purpose.
+// How those who open an event by its name learn how it is reset: by the number of semaphores, of
+// which the second serves no other purpose.
 constexpr int32_t kManualSemaphores = 2;
 constexpr int32_t kAutomaticSemaphores = 1;
 
@@ -50,8 +50,8 @@ SMEvent* open_event(const char* name) {
   return event.release();
 }
 
-// A manual event stays signalled for the other waiters; an automatic one loses what it was signalled
-// beyond the one waiter that passes.
+// A manual event stays signalled for the other waiters; an automatic one loses what it was
+// signalled beyond the one waiter that passes.
 SMStatus wait_for_event(SMEvent* event, int32_t timeout_ms) {
   SMStatus status = check_object(event);
   if (status != SM_STATUS_SUCCESS) {

@@ -4,37 +4,71 @@
 
 #include <pthread.h>
 
-#include "ipc/path_lock_table.h"
+#include <algorithm>
+#include <array>
 
 namespace kqsupt::ipc {
 namespace {
 
 constinit std::atomic<uint32_t> forks{0};
+using Renew = void (*)();
+constinit Renew renew_in_child = nullptr;
+
+// What is held while the process forks, in the order in which it is taken.
 constinit LocalMutex renewing_mutex;
-constinit pthread_once_t watched_once = PTHREAD_ONCE_INIT;
-constinit bool watched = false;
+constinit LocalMutex held_mutex;
+constinit std::array<LocalMutex*, 8> held{};
+constinit size_t held_count = 0;
 
 void before_fork() {
-  hold_path_locks();
+  held_mutex.lock();
+  for (size_t i = 0; i < held_count; ++i) {
+    held[i]->lock();
+  }
   renewing_mutex.lock();
 }
+
 void after_fork() {
   renewing_mutex.unlock();
-  release_path_locks();
+  for (size_t i = held_count; i-- > 0;) {
+    held[i]->unlock();
+  }
+  held_mutex.unlock();
 }
+
 void after_fork_in_child() {
   forks.fetch_add(1, std::memory_order_relaxed);
-  renew_path_locks();
+  if (renew_in_child != nullptr) {
+    renew_in_child();
+  }
   after_fork();
 }
 
+// The handlers go when the library is unloaded.
+constinit pthread_once_t watched_once = PTHREAD_ONCE_INIT;
+constinit bool watched = false;
+
 }  // namespace
 
-// The handlers go when the library is unloaded.
-bool watch_forks() {
+bool hold_over_forks(LocalMutex& mutex) {
   pthread_once(&watched_once,
                [] { watched = pthread_atfork(before_fork, after_fork, after_fork_in_child) == 0; });
-  return watched;
+  if (!watched) {
+    return false;
+  }
+  const LocalMutexGuard guard(held_mutex);
+  if (std::find(held.begin(), held.end(), &mutex) != held.end()) {
+    return true;  // of an earlier start
+  }
+  if (held_count == held.size()) {
+    return false;
+  }
+  held[held_count++] = &mutex;
+  return true;
+}
+
+void renew_in_children(void (*renew)()) {
+  renew_in_child = renew;
 }
 
 uint32_t fork_count() {

@@ -8,12 +8,12 @@
 
 namespace kqsupt::ipc {
 
-// To be called before a lock is first taken; false when memory is short. Whoever forks holds the table of path
-// locks meanwhile, which a child finds without holders.
-[[nodiscard]] bool watch_forks();
-
-// The number of forks that this process is away from the one that loaded the library.
+// The number of forks that this process is away from the one that loaded the library; they count
+// from the first hold_over_forks().
 [[nodiscard]] uint32_t fork_count();
+
+// Calls `renew` in every child before it goes on. There is one such call.
+void renew_in_children(void (*renew)());
 
 // Notes in which process a lock was last used.
 class ForkMark {

@@ -12,12 +12,14 @@
 namespace kqsupt::ipc {
 namespace {
 
+// On the heap. The process owns them from the start to the stop, and nothing is to be destroyed
+// besides: what runs first at the end of a process depends on how the library was loaded.
 struct Paths {
-  frame::HeapPtr<char> directory;
-  frame::HeapPtr<char> registry;
-  frame::HeapPtr<char> registry_lock;
+  char* directory;
+  char* registry;
+  char* registry_lock;
 };
-constinit Paths paths;
+constinit Paths paths{};
 
 frame::HeapPtr<char> joined(std::initializer_list<std::string_view> parts) {
   text::TextBuilder text(256);
@@ -32,34 +34,22 @@ frame::HeapPtr<char> joined(std::initializer_list<std::string_view> parts) {
 // Where the agents keep their data: the first of these products that has such a path.
 constexpr int32_t kWexlib = 45;
 constexpr int32_t kNurb = 44;
-constexpr uint32_t kVariableData = 4;
 
 frame::HeapPtr<char> variable_data_directory() {
-  for (const int32_t product : {kWexlib, kNurb}) {
-    uint32_t size = 0;
-    const SMStatus status = config::get_path(product, kVariableData, nullptr, &size);
-    if (status != SM_STATUS_BUFFER_TOO_SMALL) {
-      continue;
-    }
-    frame::HeapPtr<char> path(static_cast<char*>(frame::allocate(size)));
-    if (path != nullptr &&
-        config::get_path(product, kVariableData, path.get(), &size) == SM_STATUS_SUCCESS) {
-      return path;
-    }
-  }
-  return nullptr;
+  frame::HeapPtr<char> path = config::copy_path(kWexlib, config::kVariableDataPath);
+  return path != nullptr ? std::move(path) : config::copy_path(kNurb, config::kVariableDataPath);
 }
 
 }  // namespace
 
 const char* ipc_directory() {
-  return paths.directory.get();
+  return paths.directory;
 }
 const char* registry_path() {
-  return paths.registry.get();
+  return paths.registry;
 }
 const char* registry_lock_path() {
-  return paths.registry_lock.get();
+  return paths.registry_lock;
 }
 
 bool find_ipc_files() {
@@ -67,18 +57,20 @@ bool find_ipc_files() {
   if (variable_data == nullptr) {
     return false;
   }
-  Paths found;
-  found.directory = joined({variable_data.get(), "/.ipc"});
-  found.registry = joined({variable_data.get(), "/.ipc/.lxsuptIPCini"});
-  found.registry_lock = joined({variable_data.get(), "/.ipc/.lxsuptIPCiniSem"});
-  if (found.directory == nullptr || found.registry == nullptr || found.registry_lock == nullptr) {
+  frame::HeapPtr<char> directory = joined({variable_data.get(), "/.ipc"});
+  frame::HeapPtr<char> registry = joined({variable_data.get(), "/.ipc/.lxsuptIPCini"});
+  frame::HeapPtr<char> registry_lock = joined({variable_data.get(), "/.ipc/.lxsuptIPCiniSem"});
+  if (directory == nullptr || registry == nullptr || registry_lock == nullptr) {
     return false;
   }
-  paths = std::move(found);
+  paths = {directory.release(), registry.release(), registry_lock.release()};
   return true;
 }
 
 void forget_ipc_files() {
+  frame::release(paths.directory);
+  frame::release(paths.registry);
+  frame::release(paths.registry_lock);
   paths = {};
 }
 

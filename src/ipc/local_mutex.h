@@ -63,6 +63,11 @@ class LocalMutex {
   std::atomic<uint32_t> state_{kFree};
 };
 
+// Has every fork take the mutex, so that no child finds it taken by a thread that it does not have.
+// To be called once for a mutex, before it is used; forks take them in the order of these calls.
+// False when memory is short or there are too many.
+[[nodiscard]] bool hold_over_forks(LocalMutex& mutex);
+
 // Holds the mutex for a scope; waits for it without limit.
 class LocalMutexGuard {
  public:

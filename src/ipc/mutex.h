@@ -15,8 +15,8 @@ struct SMMutex {
   static constexpr auto kType = kqsupt::ipc::ObjectType::kMutex;
   kqsupt::ipc::ObjectHeader header;
   kqsupt::ipc::LocalMutex local;
-  // With a name: the lock file, and how it is locked. Who may only read it takes a shared lock, which
-  // excludes writers and no other reader.
+  // With a name: the lock file, and how it is locked. Who may only read it takes a shared lock,
+  // which excludes writers and no other reader.
   kqsupt::os::FileDescriptor file;
   int16_t lock_type;
   kqsupt::ipc::ForkMark used_in;

@@ -66,8 +66,8 @@ void align_permissions(const FileDescriptor& lock_file, const char* guarded) {
 // followed, and no pipe waited for.
 constexpr int kLockFileFlags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
 
-// Makes the lock file, where it is missing, and aligns its bits, also where these keep this process from
-// opening it.
+// Makes the lock file, where it is missing, and aligns its bits, also where these keep this process
+// from opening it.
 void prepare_lock_file(const PathLock& lock) {
   const FileDescriptor file =
       FileDescriptor::open(lock.header.name, O_RDONLY | O_CREAT | kLockFileFlags, 0600);
@@ -114,6 +114,17 @@ SMStatus lock_opened(PathLock& lock, PathLockMode mode, int32_t timeout) {
     lock.state = static_cast<uint32_t>(mode);
   }
   return status;
+}
+
+// A child process has none of the locks that its parent had when it forked.
+void renew_locks() {
+  for (containers::Node* node = containers::first(table.locks); node != nullptr;
+       node = containers::next(node)) {
+    auto* const lock = static_cast<PathLock*>(node->data);
+    lock->state = PathLock::kUnlocked;
+    lock->file.close();  // the record lock is the parent's and stays
+    lock->mutex.renew();
+  }
 }
 
 }  // namespace
@@ -168,9 +179,13 @@ SMStatus unlock_path(PathLock* lock) {
 }
 
 bool start_path_locks() {
+  renew_in_children(renew_locks);
+  if (!hold_over_forks(table_mutex)) {
+    return false;
+  }
   const LocalMutexGuard guard(table_mutex);
-  table.started = watch_forks();
-  return table.started;
+  table.started = true;
+  return true;
 }
 
 void stop_path_locks() {
@@ -179,22 +194,6 @@ void stop_path_locks() {
   table.last_found = nullptr;
   containers::erase_all(&table.locks,
                         [](void* data) { ObjectPtr<PathLock> lock(static_cast<PathLock*>(data)); });
-}
-
-void hold_path_locks() {
-  table_mutex.lock();
-}
-void release_path_locks() {
-  table_mutex.unlock();
-}
-void renew_path_locks() {
-  for (containers::Node* node = containers::first(table.locks); node != nullptr;
-       node = containers::next(node)) {
-    auto* const lock = static_cast<PathLock*>(node->data);
-    lock->state = PathLock::kUnlocked;
-    lock->file.close();  // which cannot take the parent's lock: that belongs to the parent
-    lock->mutex.renew();
-  }
 }
 
 }  // namespace kqsupt::ipc

@@ -4,12 +4,12 @@
 //   if (lock.status() != SM_STATUS_SUCCESS) return lock.status();
 //
 // This header and ipc/local_mutex.h are all that the configuration files see of named objects.
-// Named objects in turn see config/ini_file.h and config/install_paths.h, for their keys are kept in an INI
-// file. The ring does not close on itself: a path lock needs no key, only the directory of lock files and
-// a digest, so to lock a file never reads one; and whoever allocates a key takes the lock of the
-// registry as a whole before the one of the INI file in it, while nobody who holds the lock of an INI file asks
-// for another lock. Locks are so always taken in the same order: the mutex of the table for a
-// moment, then the registry's, then one INI file's.
+// Named objects in turn see config/ini_file.h and config/install_paths.h, for their keys are kept
+// in an INI file. The ring does not close on itself: a path lock needs no key, only the directory
+// of lock files and a digest, so to lock a file never reads one; and whoever allocates a key takes
+// the lock of the registry as a whole before the one of the INI file in it, while nobody who holds
+// the lock of an INI file asks for another lock. Locks are so always taken in the same order: the
+// mutex of the table for a moment, then the registry's, then one INI file's.
 #pragma once
 
 #include <cstdint>

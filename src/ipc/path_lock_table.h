@@ -6,9 +6,4 @@ namespace kqsupt::ipc {
 [[nodiscard]] bool start_path_locks();
 void stop_path_locks();
 
-// What a fork needs: nobody adds a lock while it is held, and in a child none of them is locked.
-void hold_path_locks();
-void release_path_locks();
-void renew_path_locks();
-
 }  // namespace kqsupt::ipc

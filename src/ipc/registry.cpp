@@ -26,8 +26,8 @@ constexpr char kNamesByKey[] = "Unique Numeric Value Key Section";
 constexpr uint32_t kFirstKey = 300001;
 constexpr uint32_t kNoKey = 0;
 
-// The registry as a whole, while a key is looked up and allocated. Who may not write its lock file can
-// still look keys up.
+// The registry as a whole, while a key is looked up and allocated. Who may not write its lock file
+// can still look keys up.
 class RegistryLock {
  public:
   RegistryLock() : lock_(path_lock_of(registry_lock_path())) {
@@ -64,7 +64,7 @@ KeyList read_keys() {
     if (list.names == nullptr) {
       return {nullptr, SM_STATUS_NO_MEMORY};
     }
-    list.status = config::read_ini_value(kNamesByKey, nullptr, config::kIniText, list.names.get(),
+    list.status = config::read_ini_value(kNamesByKey, nullptr, SMINI_TYPE_UTF8, list.names.get(),
                                          &size, nullptr, 0, registry_path(), true);
     if (list.status != SM_STATUS_BUFFER_TOO_SMALL) {
       break;
@@ -87,8 +87,8 @@ std::optional<uint32_t> next_key(const char* names) {
 }
 
 // None when there is none left, and when memory is too short to tell. A section that is there but
-// empty counts as one that lost its first key. A registry that cannot be read has no key to give: the
-// name is noted as one without, so that nobody takes a key for it that another name has.
+// empty counts as one that lost its first key. A registry that cannot be read has no key to give:
+// the name is noted as one without, so that nobody takes a key for it that another name has.
 std::optional<uint32_t> free_key() {
   const KeyList list = read_keys();
   switch (list.status) {
@@ -107,13 +107,13 @@ std::optional<uint32_t> free_key() {
 
 // Without the name of a key nobody finds it free, but a name without a key is no loss.
 uint32_t register_key(const char* decorated, uint32_t key) {
-  if (config::write_ini_value(kKeysByName, decorated, config::kIniUnsigned32, &key, sizeof key,
+  if (config::write_ini_value(kKeysByName, decorated, SMINI_TYPE_U32, &key, sizeof key,
                               registry_path(), true) != SM_STATUS_SUCCESS) {
     return kNoKey;
   }
   char name[16];
   std::snprintf(name, sizeof name, "%" PRIu32, key);
-  (void)config::write_ini_value(kNamesByKey, name, config::kIniText, decorated,
+  (void)config::write_ini_value(kNamesByKey, name, SMINI_TYPE_UTF8, decorated,
                                 static_cast<uint32_t>(std::strlen(decorated) + 1), registry_path(),
                                 true);
   return key;
@@ -132,8 +132,8 @@ uint32_t key_of_name(const char* decorated) {
   uint32_t key = kNoKey;
   uint32_t size = sizeof key;
   std::optional<uint32_t> free;
-  switch (config::read_ini_value(kKeysByName, decorated, config::kIniUnsigned32, &key, &size,
-                                 nullptr, 0, registry_path(), true)) {
+  switch (config::read_ini_value(kKeysByName, decorated, SMINI_TYPE_U32, &key, &size, nullptr, 0,
+                                 registry_path(), true)) {
     case SM_STATUS_SUCCESS:
       return key;
     case SM_STATUS_FILE_NOT_FOUND:

@@ -35,7 +35,7 @@ void sweep(const char* name) {
   uint64_t maker = 0;
   uint32_t size = sizeof maker;
   int32_t set = 0;
-  if (config::read_ini_value(kSection, name, config::kIniUnsigned64, &maker, &size, nullptr, 0,
+  if (config::read_ini_value(kSection, name, SMINI_TYPE_U64, &maker, &size, nullptr, 0,
                              registry_path(), true) == SM_STATUS_SUCCESS &&
       !is_alive(maker) && text::parse_s32(name, SMXLT_FMT_DECIMAL, &set) == SM_STATUS_SUCCESS &&
       set != 0 && semctl(set, 0, IPC_RMID) == 0) {
@@ -47,12 +47,12 @@ void sweep(const char* name) {
 
 void list_set(int32_t set) {
   const auto maker = static_cast<uint64_t>(getpid());
-  (void)config::write_ini_value(kSection, SetName(set).text, config::kIniUnsigned64, &maker,
-                                sizeof maker, registry_path(), true);
+  (void)config::write_ini_value(kSection, SetName(set).text, SMINI_TYPE_U64, &maker, sizeof maker,
+                                registry_path(), true);
 }
 
 void unlist_set(int32_t set) {
-  (void)config::write_ini_value(kSection, SetName(set).text, config::kIniText, nullptr, 0,
+  (void)config::write_ini_value(kSection, SetName(set).text, SMINI_TYPE_UTF8, nullptr, 0,
                                 registry_path(), true);
 }
 
@@ -64,7 +64,7 @@ void sweep_stale_sets() {
   if (names == nullptr) {
     return;
   }
-  const SMStatus status = config::read_ini_value(kSection, nullptr, config::kIniText, names.get(),
+  const SMStatus status = config::read_ini_value(kSection, nullptr, SMINI_TYPE_UTF8, names.get(),
                                                  &size, nullptr, 0, registry_path(), true);
   if (status != SM_STATUS_SUCCESS && status != SM_STATUS_BUFFER_TOO_SMALL) {
     return;

@@ -18,24 +18,30 @@ FileDescriptor FileDescriptor::open(const char* path, int flags, mode_t mode) {
   return FileDescriptor(fd);
 }
 
-// The descriptor is gone whatever the call says.
-void FileDescriptor::close() {
-  if (is_open()) {
-    ::close(release());
-  }
+// The descriptor is gone whatever the call says, also when a signal interrupts it.
+bool FileDescriptor::close() {
+  return !is_open() || ::close(release()) == 0 || errno == EINTR;
+}
+
+ssize_t FileDescriptor::read_some(void* buffer, size_t size) const {
+  ssize_t count;
+  do {
+    count = ::read(fd_, buffer, size);
+  } while (count < 0 && errno == EINTR);
+  return count;
 }
 
 ssize_t FileDescriptor::read_all(void* buffer, size_t size) const {
   size_t done = 0;
   while (done < size) {
-    const ssize_t count = ::read(fd_, static_cast<uint8_t*>(buffer) + done, size - done);
-    if (count > 0) {
-      done += static_cast<size_t>(count);
-    } else if (count == 0) {
-      break;
-    } else if (errno != EINTR) {
+    const ssize_t count = read_some(static_cast<uint8_t*>(buffer) + done, size - done);
+    if (count < 0) {
       return -1;
     }
+    if (count == 0) {
+      break;
+    }
+    done += static_cast<size_t>(count);
   }
   return static_cast<ssize_t>(done);
 }

@@ -30,10 +30,14 @@ class FileDescriptor {
   [[nodiscard]] bool is_open() const { return fd_ >= 0; }
   [[nodiscard]] int get() const { return fd_; }
   [[nodiscard]] int release() { return std::exchange(fd_, -1); }
-  void close();
+  // False when what was written turns out to be lost.
+  bool close();
 
+  // Reads once. The number of bytes, 0 at the end of the file; -1 on failure.
+  [[nodiscard]] ssize_t read_some(void* buffer, size_t size) const;
   // Reads until `size` bytes are there or the file ends. The number of bytes; -1 on failure.
   [[nodiscard]] ssize_t read_all(void* buffer, size_t size) const;
+
   // False, with a part of it written, when the file takes no more.
   [[nodiscard]] bool write_all(std::string_view bytes) const;
 

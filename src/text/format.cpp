@@ -19,18 +19,12 @@ namespace {
 // Callers count on one call at a time in the whole process.
 constinit ipc::LocalMutex formatter_mutex;
 
-// Where one thread forks while another one formats, the child would find the mutex taken for ever:
-// the thread that forks holds it meanwhile. The handlers go when the library is unloaded. They are
-// not part of the start alone, for a library that has not started formats as well.
+// Not part of the start alone: a library that has not started formats as well.
 constinit pthread_once_t forks_once = PTHREAD_ONCE_INIT;
 constinit bool forks_handled = false;
 
 bool survives_forks() {
-  pthread_once(&forks_once, [] {
-    forks_handled =
-        pthread_atfork([] { formatter_mutex.lock(); }, [] { formatter_mutex.unlock(); },
-                       [] { formatter_mutex.unlock(); }) == 0;
-  });
+  pthread_once(&forks_once, [] { forks_handled = ipc::hold_over_forks(formatter_mutex); });
   return forks_handled;
 }
 

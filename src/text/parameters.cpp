@@ -2,18 +2,14 @@
 
 #include "text/parameters.h"
 
-#include <strings.h>
-
 #include <cctype>
 #include <cstring>
 
-#include "config/item_list.h"
+#include "text/enum_table.h"
 #include "text/typed_value.h"
 
 namespace kqsupt::text {
 namespace {
-
-constexpr uint32_t kInvalidEnum = 0x80000000;
 
 // The "=" behind the name; null when there is none or no name before it.
 template <class Char>
@@ -40,32 +36,6 @@ bool has_name(const char* parameter, const char* name, bool ignore_case) {
     }
   }
   return true;
-}
-
-// The first of the table's names, those behind the entry for "no match", that equals `item`.
-const SMEnums32* find_enum(const SMEnums32* table, uint32_t table_count, const char* item) {
-  for (uint32_t i = 1; i < table_count; ++i) {
-    if (strcasecmp(item, table[i].name) == 0) {
-      return &table[i];
-    }
-  }
-  return nullptr;
-}
-
-// The values of all items that the table knows, combined.
-uint32_t combined_enums(const SMEnums32* table, uint32_t table_count, const char* text) {
-  const bool commas = std::strchr(text, '|') == nullptr && std::strchr(text, ',') != nullptr;
-  const config::ItemList items = config::convert_list(text, commas ? ',' : '|', '\0');
-  if (items.text == nullptr) {
-    return kInvalidEnum;
-  }
-  uint32_t values = 0;
-  for (const char* item = items.text.get(); *item != '\0'; item += std::strlen(item) + 1) {
-    if (const SMEnums32* found = find_enum(table, table_count, item)) {
-      values |= found->value;
-    }
-  }
-  return values;
 }
 
 }  // namespace
@@ -126,11 +96,12 @@ uint32_t parameter_enum(const Parameters& parameters, const char* name, uint32_t
   if (text == nullptr) {
     return table[1].value;
   }
-  if (multiple == 1) {
-    return combined_enums(table, table_count, text);
+  const EnumTable names{table, table_count};
+  if (multiple != 1) {
+    return value_of_name(names, text);
   }
-  const SMEnums32* found = find_enum(table, table_count, text);
-  return found != nullptr ? found->value : table[0].value;
+  const bool commas = std::strchr(text, '|') == nullptr && std::strchr(text, ',') != nullptr;
+  return value_of_names(names, text, commas ? ',' : '|');
 }
 
 }  // namespace kqsupt::text

@@ -1,0 +1,171 @@
+// Events, private and named, of both ways to be reset.
+
+#include <sys/sem.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "gtest/gtest.h"
+#include "ipc/named.h"
+#include "kqsupt/ipc.h"
+
+namespace {
+
+using kqsupt::tests::decorated;
+using kqsupt::tests::registered_key;
+
+constexpr SMStatus kFailed = 0xFFFFFFFF;
+constexpr const char* kNames[] = {nullptr, "event"};
+
+TEST(Event, OfManualResetStaysSignalled) {
+  for (const char* name : kNames) {
+    SMEvent* event = SMEventCreate(name, 1, 0);
+    ASSERT_NE(event, nullptr);
+    EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_TIMEOUT);
+    EXPECT_EQ(SMEventWait(event, 20), SM_STATUS_TIMEOUT);
+    EXPECT_EQ(SMEventSet(event), 0U);
+    for (const int32_t timeout : {0, 20, -1}) {
+      EXPECT_EQ(SMEventWait(event, timeout), 0U);
+    }
+    EXPECT_EQ(SMEventReset(event), 0U);
+    EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_TIMEOUT);
+    SMEventDestroy(event);
+  }
+}
+
+TEST(Event, OfAutomaticResetLetsOneThrough) {
+  for (const char* name : kNames) {
+    SMEvent* event = SMEventCreate(name, 0, 0);
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_EQ(SMEventSet(event), 0U);
+    }
+    EXPECT_EQ(SMEventWait(event, 0), 0U);
+    EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_TIMEOUT);
+    SMEventDestroy(event);
+  }
+}
+
+TEST(Event, ResetTakesEverySignal) {
+  for (const char* name : kNames) {
+    SMEvent* event = SMEventCreate(name, 1, 1);
+    SMEventSet(event);
+    SMEventSet(event);
+    EXPECT_EQ(SMEventReset(event), 0U);
+    EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_TIMEOUT);
+    SMEventDestroy(event);
+  }
+}
+
+TEST(Event, IsSignalledFromTheStartForExactlyOne) {
+  for (const char* name : kNames) {
+    for (const uint32_t signalled : {0U, 1U, 2U}) {
+      SMEvent* event = SMEventCreate(name, 0, signalled);
+      EXPECT_EQ(SMEventWait(event, 0), signalled == 1 ? SM_STATUS_SUCCESS : SM_STATUS_TIMEOUT);
+      SMEventDestroy(event);
+    }
+  }
+}
+
+TEST(Event, IsResetByHandForExactlyOne) {
+  for (const int32_t manual : {0, 1, 2, -1}) {
+    SMEvent* event = SMEventCreate(nullptr, manual, 1);
+    EXPECT_EQ(SMEventWait(event, 0), 0U);
+    EXPECT_EQ(SMEventWait(event, 0), manual == 1 ? SM_STATUS_SUCCESS : SM_STATUS_TIMEOUT);
+    SMEventDestroy(event);
+  }
+}
+
+TEST(Event, OpenersLearnHowItIsReset) {
+  for (const int32_t manual : {0, 1}) {
+    const std::string name = "reset" + std::to_string(manual);
+    SMEvent* creator = SMEventCreate(name.c_str(), manual, 1);
+    SMEvent* opener = SMEventOpen(name.c_str());
+    ASSERT_NE(opener, nullptr);
+    EXPECT_EQ(SMEventWait(opener, 0), 0U);
+    EXPECT_EQ(SMEventWait(opener, 0), manual == 1 ? SM_STATUS_SUCCESS : SM_STATUS_TIMEOUT);
+    semid_ds about{};
+    const int set = semget(static_cast<key_t>(registered_key(decorated("kqsupevt", name))), 0, 0);
+    EXPECT_EQ(semctl(set, 0, IPC_STAT, &about), 0);
+    EXPECT_EQ(about.sem_nsems, manual == 1 ? 2U : 1U);
+    SMEventDestroy(opener);
+    EXPECT_EQ(SMEventSet(creator), 0U);
+    SMEventDestroy(creator);
+    EXPECT_EQ(SMEventOpen(name.c_str()), nullptr);
+  }
+}
+
+TEST(Event, WithoutWaitersAPulseLeavesItUnsignalled) {
+  for (const char* name : kNames) {
+    for (const int32_t manual : {0, 1}) {
+      for (const uint32_t signalled : {0U, 1U}) {
+        SMEvent* event = SMEventCreate(name, manual, signalled);
+        EXPECT_EQ(SMEventPulse(event), 0U);
+        EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_TIMEOUT);
+        SMEventDestroy(event);
+      }
+    }
+  }
+}
+
+TEST(Event, PulsesLetWaitersThrough) {
+  for (const char* name : kNames) {
+    for (const int32_t manual : {0, 1}) {
+      SMEvent* event = SMEventCreate(name, manual, 0);
+      std::atomic<int> through = 0;
+      std::vector<std::thread> waiters;
+      for (int i = 0; i < 3; ++i) {
+        waiters.emplace_back([&] {
+          EXPECT_EQ(SMEventWait(event, -1), 0U);
+          ++through;
+        });
+      }
+      // A waiter that is not yet there, or does not run in between, misses a pulse.
+      while (through < 3) {
+        SMEventPulse(event);
+        std::this_thread::yield();
+      }
+      for (std::thread& waiter : waiters) {
+        waiter.join();
+      }
+      SMEventDestroy(event);
+    }
+  }
+}
+
+TEST(Event, ADestroyedOneRefusesWhoWaits) {
+  SMEvent* creator = SMEventCreate("destroyed", 0, 0);
+  SMEvent* opener = SMEventOpen("destroyed");
+  std::thread waiter([&] { EXPECT_EQ(SMEventWait(opener, -1), kFailed); });
+  SMEventDestroy(creator);
+  waiter.join();
+  EXPECT_EQ(SMEventSet(opener), kFailed);
+  SMEventDestroy(opener);
+}
+
+TEST(Event, NeedsANameToBeOpened) {
+  EXPECT_EQ(SMEventOpen(nullptr), nullptr);
+  EXPECT_EQ(SMEventOpen(""), nullptr);
+  EXPECT_EQ(SMEventOpen("never created"), nullptr);
+  EXPECT_EQ(SMEventCreate("", 0, 0), nullptr);
+  EXPECT_EQ(SMEventCreate_s("", 0, 0, 0), nullptr);
+}
+
+TEST(Event, HandlesOfOtherKindsAreRefused) {
+  SMMutex* mutex = SMMutexCreate(nullptr);
+  auto* other = reinterpret_cast<SMEvent*>(mutex);
+  SMStatus (*const kCalls[])(SMEvent*) = {SMEventSet, SMEventReset, SMEventPulse};
+  for (const auto call : kCalls) {
+    EXPECT_EQ(call(other), SM_STATUS_OPERATION_FAILED);
+    EXPECT_EQ(call(nullptr), SM_STATUS_INVALID_PARAMETER);
+  }
+  EXPECT_EQ(SMEventWait(other, 0), SM_STATUS_OPERATION_FAILED);
+  EXPECT_EQ(SMEventWait(nullptr, 0), SM_STATUS_INVALID_PARAMETER);
+  SMEventDestroy(other);
+  SMEventDestroy(nullptr);
+  EXPECT_EQ(SMMutexLock(mutex, 0), 0U);
+  SMMutexDestroy(mutex);
+}
+
+}  // namespace

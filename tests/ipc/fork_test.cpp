@@ -1,0 +1,112 @@
+// What a child process has of its parent's locks: nothing.
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+#include "gtest/gtest.h"
+#include "ipc/named.h"
+#include "kqsupt/config.h"
+#include "kqsupt/ipc.h"
+#include "support/program.h"
+
+namespace {
+
+using kqsupt::tests::Scratch;
+
+template <class Body>
+int in_child(Body body) {
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(60);
+    _exit(body());
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(Fork, AChildDoesNotHoldItsParentsMutex) {
+  SMMutex* mutex = SMMutexCreate("forked");
+  EXPECT_EQ(SMMutexLock(mutex, 0), 0U);
+  EXPECT_EQ(in_child([mutex] {
+              // The parent holds it: the child waits as any other process does, and giving back what
+              // it does not hold gives nothing back.
+              const bool refused = SMMutexLock(mutex, 0) == SM_STATUS_TIMEOUT &&
+                                   SMMutexUnLock(mutex) == SM_STATUS_SUCCESS &&
+                                   SMMutexLock(mutex, 8) == SM_STATUS_TIMEOUT;
+              return refused ? 0 : 1;
+            }),
+            0);
+  EXPECT_EQ(in_child([mutex] { return SMMutexUnLock(mutex) == SM_STATUS_SUCCESS ? 0 : 1; }), 0);
+  EXPECT_EQ(in_child([] { return SMMutexLock(SMMutexOpen("forked"), 0) == 0 ? 1 : 0; }), 0);
+  EXPECT_EQ(SMMutexUnLock(mutex), 0U);
+  SMMutexDestroy(mutex);
+}
+
+TEST(Fork, AChildTakesAMutexThatItsParentGaveBack) {
+  SMMutex* mutex = SMMutexCreate("handed on");
+  EXPECT_EQ(SMMutexLock(mutex, 0), 0U);
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(60);
+    char byte;
+    const bool told = read(ready[0], &byte, 1) == 1;
+    _exit(told && SMMutexLock(mutex, -1) == 0 && SMMutexUnLock(mutex) == 0 ? 0 : 1);
+  }
+  EXPECT_EQ(SMMutexUnLock(mutex), 0U);
+  EXPECT_EQ(write(ready[1], "x", 1), 1);
+  int status = 1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  close(ready[0]);
+  close(ready[1]);
+  SMMutexDestroy(mutex);
+}
+
+TEST(Fork, AChildUsesFilesThatItsParentsThreadsAreWriting) {
+  const Scratch scratch;
+  const std::string path = scratch.file("a.ini");
+  std::atomic<bool> done = false;
+  std::thread writer([&] {
+    for (uint32_t i = 0; !done; ++i) {
+      SMWriteINIPathFileValue("S", "K", SMINI_TYPE_U32, &i, sizeof i, path.c_str(), 1);
+    }
+  });
+  for (int i = 0; i < 50; ++i) {
+    ASSERT_EQ(in_child([&path] {
+                uint32_t value = 0;
+                uint32_t size = sizeof value;
+                const SMStatus status = SMReadINIPathFileValue("S", "K", SMINI_TYPE_U32, &value,
+                                                               &size, nullptr, 0, path.c_str(), 1);
+                return status == SM_STATUS_SUCCESS || status == SM_STATUS_FILE_OPEN_FAILED ? 0 : 1;
+              }),
+              0)
+        << i;
+  }
+  done = true;
+  writer.join();
+}
+
+TEST(Fork, DescriptorsDoNotReachOtherPrograms) {
+  SMMutex* mutex = SMMutexCreate("descriptor");
+  EXPECT_EQ(SMMutexLock(mutex, 0), 0U);
+  for (int fd = 3; fd < 100; ++fd) {
+    const int flags = fcntl(fd, F_GETFD);
+    char target[256] = {};
+    const std::string link = "/proc/self/fd/" + std::to_string(fd);
+    if (flags >= 0 && readlink(link.c_str(), target, sizeof target - 1) > 0 &&
+        std::string(target).find(".ipc/") != std::string::npos) {
+      EXPECT_NE(flags & FD_CLOEXEC, 0) << target;
+    }
+  }
+  SMMutexDestroy(mutex);
+}
+
+}  // namespace
