@@ -1,4 +1,5 @@
-/* Objects that threads and processes wait for: mutexes, semaphores, events, shared memory.
+/* Objects that threads and processes wait for: mutexes, semaphores, events, shared memory,
+ * reader-writer locks. Also routines that run one at a time.
  *
  * An object without a name is private to the process. One with a name is shared by every process
  * that uses the same name for the same kind of object; a name is text in UTF-8 of at least one

@@ -273,6 +273,26 @@ TEST_P(RwLock, DestroyMeetsWaitersAnywhere) {
   }
 }
 
+// Nor need they have got as far as to wait: these stand before the mutex around the counts.
+TEST_P(RwLock, DestroyMeetsThreadsThatHaveJustBegunToAsk) {
+  for (int round = 0; round < 20; ++round) {
+    SMRWLock* lock = SMRWLCreate(GetParam());
+    ASSERT_NE(lock, nullptr);
+    SMRWLWriteLockGet(lock, -1);
+    SMMutex* guard = lock->guard;
+    SMMutexLock(guard, -1);
+    Reading reader(lock);
+    Writing writer(lock);
+    wait_until([&] { return lock->stays == 3; });
+    std::thread destroyer([lock] { SMRWLDestroy(lock); });
+    sched_yield();
+    SMMutexUnLock(guard);
+    EXPECT_EQ(reader.status(), kFailed);
+    EXPECT_EQ(writer.status(), kFailed);
+    destroyer.join();
+  }
+}
+
 // The last user of a lock destroys it while the one before is still about to wake it.
 TEST_P(RwLock, MayBeDestroyedByWhomTheReleaseLetIn) {
   for (int round = 0; round < 200; ++round) {
@@ -421,6 +441,20 @@ TEST(RwLockName, LosesNoWaiterWhenSomebodyElseTakesTheWakeUp) {
   stop = true;
   thief.join();
   SMSemaphoreDestroy(gate);
+}
+
+// Another process that gets in here takes the semaphores away when it leaves.
+TEST(RwLockName, CountsHoldersForEachProcessAlone) {
+  const LockPtr lock(SMRWLCreate("visited"), SMRWLDestroy);
+  SMRWLWriteLockGet(lock.get(), -1);
+  Reading reader(lock.get());
+  let_others_run();
+  const kqsupt::tests::Outcome visitor =
+      kqsupt::tests::run({kqsupt::tests::built_program("rwl-visitor"), "visited"});
+  EXPECT_EQ(visitor.out, "got in\n") << visitor.err;
+  EXPECT_FALSE(reader.answered());
+  SMRWLWriteLockRelease(lock.get());
+  EXPECT_EQ(reader.status(), SM_STATUS_SUCCESS);
 }
 
 // As when another process destroys its lock of that name.
