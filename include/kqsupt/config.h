@@ -297,6 +297,54 @@ KQSUPT_API SMStatus SMPropertyFileWriteValue(const char* key, uint32_t typeCode,
                                              uint32_t valueSize, const char* pathFileName,
                                              uint16_t lockWait);
 
+/* ---- Texts by number ---------------------------------------------------------------------------
+ *
+ * Texts lie in INI files: those of US English in the section "ASCII EN_US DEFAULT STRING ID
+ * SECTION" under "0:ID", those of other languages in "MISCELLANEOUS STRING ID SECTION" under
+ * "LANGUAGE:ID", each number in upper-case hexadecimal without leading zeros. A text ends at its
+ * first CR or LF. The language IDs 0, 437 and 1033, and NULL, stand for US English. */
+
+/* Copies the text with the number `stringID` to the `*size` bytes at `buffer`. Returns its size
+ * with the terminator, which `*size` receives too: 0 when there is no such text, it does not fit or
+ * `buffer` or `size` is NULL. `*languageID`, when given, becomes 0 when the text is the one of US
+ * English, also for want of one in the language. In place of the text stands "Invalid Path File
+ * Name" when no file name is given and "Failed to allocate memory" when memory is short. */
+KQSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t* languageID,
+                                               const char* pathFileName, char* buffer,
+                                               uint32_t* size);
+
+/* The same from the library's own file, kqsdst32.ini in the directory for INI files of the family,
+ * as UCS-2. IDs from BaseID to BaseID + oemRange are first counted on by offset: numbers that the
+ * section "OEM Configuration" of kqisdy32.ini there may give, else 2304, 32 and 0. They are read
+ * once for the process.
+ *
+ * Returns the size of the text in bytes, which `*size` receives too. Without `ucs2Buffer` or `size`
+ * it is the size of the text in UTF-8. When `*size` is less than twice that, nothing is written and
+ * twice that is returned. 0 when there is no such text of up to 1,023 bytes, or it cannot be
+ * converted. */
+KQSUPT_API uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t* languageID, ustring* ucs2Buffer,
+                                       uint32_t* size);
+
+/* ---- Names of PCI devices ---------------------------------------------------------------------- */
+
+/* Looks up the names of a PCI device and its vendor in a text file. Its lines are fields with tabs
+ * between them: a kind, an identifier in hexadecimal, a name; what follows ";" is a comment. "V" is
+ * a vendor, "D" a device of the vendor before, "O" a maker of boards with the device before, "S" a
+ * board of the maker before; the name of a board, or else of its maker, stands for that of the
+ * device.
+ *
+ * `*vendorNameSize` and `*deviceNameSize` are the room in bytes and receive the lengths of the
+ * names without their terminators; a name that is too long is cut. A name that is not found is
+ * empty.
+ *
+ * SM_STATUS_INVALID_PARAMETER: a pointer NULL, a size 0 or no file name; both sizes receive 0.
+ * SM_STATUS_NO_MEMORY. SM_STATUS_FILE_NOT_FOUND: the file cannot be opened, or vendor and device
+ * are not both in it. */
+KQSUPT_API SMStatus SMReadPCIDevFile(uint32_t vendorID, uint32_t deviceID, uint32_t subVendorID,
+                                     uint32_t subDeviceID, const char* pathFileName,
+                                     char* vendorName, uint32_t* vendorNameSize, char* deviceName,
+                                     uint32_t* deviceNameSize);
+
 #ifdef __cplusplus
 }
 #endif

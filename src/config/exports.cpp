@@ -7,7 +7,9 @@
 #include "config/ini_file.h"
 #include "config/install_paths.h"
 #include "config/item_list.h"
+#include "config/pci_names.h"
 #include "config/property_file.h"
+#include "config/string_ids.h"
 #include "config/temporary_name.h"
 
 using namespace kqsupt;
@@ -106,6 +108,21 @@ uint32_t SMReadINIEnums32Value(const char* section, const char* key, const SMEnu
                                uint16_t lockWait) {
   return config::read_ini_enum(section, key, table, count, isBitMask == 1, pathFileName,
                                lockWait == 1);
+}
+
+uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t* languageID,
+                                    const char* pathFileName, char* buffer, uint32_t* size) {
+  return config::get_utf8_string(stringID, languageID, pathFileName, buffer, size);
+}
+uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t* languageID, ustring* ucs2Buffer,
+                            uint32_t* size) {
+  return config::get_ucs2_string(stringID, languageID, ucs2Buffer, size);
+}
+SMStatus SMReadPCIDevFile(uint32_t vendorID, uint32_t deviceID, uint32_t subVendorID,
+                          uint32_t subDeviceID, const char* pathFileName, char* vendorName,
+                          uint32_t* vendorNameSize, char* deviceName, uint32_t* deviceNameSize) {
+  return config::find_pci_names({vendorID, deviceID, subVendorID, subDeviceID}, pathFileName,
+                                {vendorName, vendorNameSize}, {deviceName, deviceNameSize});
 }
 
 SMStatus SMPropertyFileReadValue(const char* key, uint32_t typeCode, void* buffer, uint32_t* size,
