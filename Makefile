@@ -1,6 +1,6 @@
 # The front door. Each target installs the Debian packages it needs, builds, and runs.
 
-.PHONY: all demo check check-i686 fuzz bench format
+.PHONY: all demo check check-i686 tsan fuzz bench format
 
 all:
 	@tools/build native
@@ -14,6 +14,10 @@ check:
 
 check-i686:
 	@tools/check i686
+
+# What threads share, under the thread sanitizer.
+tsan:
+	@tools/tsan
 
 # Each fuzz target for a minute.
 fuzz:

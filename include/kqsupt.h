@@ -8,6 +8,7 @@
 #include <kqsupt/ipc.h>
 #include <kqsupt/log.h>
 #include <kqsupt/net.h>
+#include <kqsupt/os.h>
 #include <kqsupt/sdo.h>
 #include <kqsupt/text.h>
 

@@ -1,4 +1,5 @@
-/* Objects that threads and processes wait for: mutexes, semaphores, events, shared memory.
+/* Objects that threads and processes wait for: mutexes, semaphores, events, shared memory,
+ * reader-writer locks. Also routines that run one at a time.
  *
  * An object without a name is private to the process. One with a name is shared by every process
  * that uses the same name for the same kind of object; a name is text in UTF-8 of at least one
@@ -170,6 +171,59 @@ KQSUPT_API void* SMSharedMemGetAddressPtr(const SMSharedMem* memory);
  * segment takes it away: who has it open keeps it, and the name is free. One that took a segment
  * over holds it until the process ends. NULL and handles of another kind are ignored. */
 KQSUPT_API void SMSharedMemFree(SMSharedMem* memory);
+
+/* ---- Reader-writer locks -----------------------------------------------------------------------
+ *
+ * Held by any number of readers or by one writer. No reader gets in while a writer waits. Whoever
+ * holds one and asks again may wait for itself.
+ *
+ * A named lock excludes the threads of one process as one without a name does: who holds it, and who
+ * waits, every process counts for itself. What the processes share is the mutex around those counts
+ * and the semaphores that waiters sleep on. It is for its own user alone. */
+
+typedef struct SMRWLock SMRWLock;
+
+/* A new lock, which nobody holds. The caller releases it with SMRWLDestroy. NULL when memory is short, or with
+ * a name for one of the reasons of SMMutexCreate and SMSemaphoreCreate. */
+KQSUPT_API SMRWLock* SMRWLCreate(const char* name);
+
+/* Releases the lock. Other threads may be waiting for it, whose calls then answer 0xFFFFFFFF; no thread
+ * may begin to use it, or hold it. With a name, its semaphores are taken away from everybody: other
+ * processes that have the lock go on, by looking again every millisecond when they wait. NULL and
+ * handles of another kind are ignored. */
+KQSUPT_API void SMRWLDestroy(SMRWLock* lock);
+
+/* Waits until no writer holds the lock or waits for it, and takes it as a reader. The wait has no
+ * end but this: `timeout` says after how long it looks again without having been woken, 0 standing
+ * for 1 ms.
+ * SM_STATUS_OUT_OF_SPACE: 2147483647 readers wait. 0xFFFFFFFF: the lock was destroyed meanwhile, the library
+ * is being stopped, or the system refuses. */
+KQSUPT_API SMStatus SMRWLReadLockGet(SMRWLock* lock, int32_t timeout);
+
+/* Gives back what SMRWLReadLockGet took; one waiting writer looks again, or else all waiting readers
+ * do. */
+KQSUPT_API void SMRWLReadLockRelease(SMRWLock* lock);
+
+/* Waits until nobody holds the lock, and takes it as the writer. As SMRWLReadLockGet otherwise, with
+ * the number of waiting writers. */
+KQSUPT_API SMStatus SMRWLWriteLockGet(SMRWLock* lock, int32_t timeout);
+
+/* Gives back what SMRWLWriteLockGet took; one waiting writer looks again, or else all waiting
+ * readers do. */
+KQSUPT_API void SMRWLWriteLockRelease(SMRWLock* lock);
+
+/* ---- Critical sections ------------------------------------------------------------------------- */
+
+/* What a critical section runs. `argument` is passed on as it is; the result is discarded. */
+typedef void* (*SMCriticalSectionRoutine)(void* argument);
+
+/* Runs `routine` on the calling thread while no other thread of the process runs it through this
+ * function. Different routines run at the same time; one that calls itself through this function waits for
+ * ever. 0 when it has run, and also, without having run it, when `routine` is NULL, the library has not
+ * started or memory is short. `timeout` must be -1: with any other value the routine does not run,
+ * and the answer is its address, cut off to 32 bits, and never 0. */
+KQSUPT_API SMStatus SMCriticalSectionExecute(SMCriticalSectionRoutine routine, void* argument,
+                                             int32_t timeout);
 
 #ifdef __cplusplus
 }

@@ -6,6 +6,7 @@
 #include "config/install_registry.h"
 #include "containers/crc32.h"
 #include "frame/attach_sequence.h"
+#include "ipc/critical_section.h"
 #include "ipc/path_lock_table.h"
 #include "ipc/registry.h"
 #include "net/network_layer.h"
@@ -21,7 +22,7 @@ namespace {
 // Records, trees and text keep nothing between two calls and need no start. Each export works, or
 // says that it cannot, whether or not the start succeeded and also before the constructor below has
 // run.
-constexpr std::array<Module, 6> kModules{{
+constexpr std::array<Module, 7> kModules{{
     {"install registry", [] { return config::start_install_registry() && ipc::start_path_locks(); },
      [] {
        ipc::stop_path_locks();
@@ -30,6 +31,7 @@ constexpr std::array<Module, 6> kModules{{
     {"install paths", config::start_install_paths, config::stop_install_paths},
     {"network", net::start, net::stop},
     {"named objects", ipc::start_registry, ipc::stop_registry},
+    {"critical sections", ipc::start_critical_sections, ipc::stop_critical_sections},
     {"formatter", text::start_formatter, text::stop_formatter},
     {"CRC-32 table", containers::start_crc32_table, containers::stop_crc32_table},
 }};

@@ -2,9 +2,11 @@
 
 #include "kqsupt/ipc.h"
 
+#include "ipc/critical_section.h"
 #include "ipc/event.h"
 #include "ipc/mutex.h"
 #include "ipc/permission.h"
+#include "ipc/rw_lock.h"
 #include "ipc/semaphore.h"
 #include "ipc/shared_memory.h"
 
@@ -90,6 +92,30 @@ void* SMSharedMemGetAddressPtr(const SMSharedMem* memory) {
 }
 void SMSharedMemFree(SMSharedMem* memory) {
   ipc::free_shared_memory(memory);
+}
+
+SMRWLock* SMRWLCreate(const char* name) {
+  return ipc::create_rw_lock(name);
+}
+void SMRWLDestroy(SMRWLock* lock) {
+  ipc::destroy_rw_lock(lock);
+}
+SMStatus SMRWLReadLockGet(SMRWLock* lock, int32_t timeout) {
+  return ipc::get_read_lock(lock, timeout);
+}
+void SMRWLReadLockRelease(SMRWLock* lock) {
+  ipc::release_read_lock(lock);
+}
+SMStatus SMRWLWriteLockGet(SMRWLock* lock, int32_t timeout) {
+  return ipc::get_write_lock(lock, timeout);
+}
+void SMRWLWriteLockRelease(SMRWLock* lock) {
+  ipc::release_write_lock(lock);
+}
+
+SMStatus SMCriticalSectionExecute(SMCriticalSectionRoutine routine, void* argument,
+                                  int32_t timeout) {
+  return ipc::execute_critical_section(routine, argument, timeout);
 }
 
 }  // extern "C"

@@ -49,6 +49,8 @@ std::vector<Row> frame_rows();
 std::vector<Row> containers_rows();
 std::vector<Row> sdo_rows();
 std::vector<Row> text_rows();
+std::vector<Row> os_rows();
+std::vector<Row> ipc_rows();
 std::vector<Row> log_rows();
 
 }  // namespace kqsupt::tests

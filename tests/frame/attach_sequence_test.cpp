@@ -5,6 +5,7 @@
 #include <array>
 #include <string>
 
+#include "frame/stopping.h"
 #include "gtest/gtest.h"
 
 namespace {
@@ -96,6 +97,32 @@ TEST_F(AttachSequenceTest, LibraryAttachesAgainAfterTheLastDetach) {
   events.clear();
   EXPECT_TRUE(sequence_.attach());
   EXPECT_EQ(events, "abc");
+}
+
+bool stopping_in_start = false;
+bool stopping_in_stop = false;
+
+TEST_F(AttachSequenceTest, IsStoppingFromBeforeTheFirstModuleStopsUntilTheNextStart) {
+  static constexpr std::array<Module, 1> kLooking{
+      {{"looking",
+        [] {
+          stopping_in_start = kqsupt::frame::is_stopping();
+          return true;
+        },
+        [] { stopping_in_stop = kqsupt::frame::is_stopping(); }}}};
+  AttachSequence sequence{kLooking};
+  for (int round = 0; round < 2; ++round) {
+    stopping_in_start = true;
+    stopping_in_stop = false;
+    (void)sequence.attach();
+    (void)sequence.attach();
+    EXPECT_FALSE(stopping_in_start);
+    sequence.detach();
+    EXPECT_FALSE(kqsupt::frame::is_stopping());
+    sequence.detach();
+    EXPECT_TRUE(stopping_in_stop);
+    EXPECT_TRUE(kqsupt::frame::is_stopping());
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 
 #include "gtest/gtest.h"
@@ -33,7 +34,18 @@ bool call_every_family() {
   SMRFC1321AddMsg(&context, "abc", 3);
   SMRFC1321ComputeMsgDigest(&context);
   SMBase64Encode(text, context.digest, 3, nullptr);
-  return checksum_right && block != nullptr && added == SM_STATUS_SUCCESS && length == 1 &&
+  SMThread* thread = SMThreadStart([](void*) -> void* { return nullptr; }, nullptr);
+  const bool stopped = thread != nullptr && SMThreadStop(thread) == SM_STATUS_SUCCESS;
+  const bool named = SMThreadYield() == 0 && SMThreadGetID() != 0;
+  SMRWLock* lock = SMRWLCreate(nullptr);
+  const bool locked = SMRWLWriteLockGet(lock, -1) == SM_STATUS_SUCCESS;
+  SMRWLWriteLockRelease(lock);
+  SMRWLDestroy(lock);
+  const bool refused = SMRWLCreate("name") == nullptr;
+  const bool executed =
+      SMCriticalSectionExecute([](void*) -> void* { std::abort(); }, nullptr, -1) == 0;
+  return locked && refused && executed && stopped && named && checksum_right && block != nullptr &&
+         added == SM_STATUS_SUCCESS && length == 1 &&
          (converted == SM_STATUS_SUCCESS || converted == kNotStarted) && SUPTGetMajorVersion() == 1;
 }
 

@@ -13,6 +13,7 @@
 
 namespace {
 
+using kqsupt::tests::about_set;
 using kqsupt::tests::decorated;
 using kqsupt::tests::registered_key;
 
@@ -85,10 +86,10 @@ TEST(Event, OpenersLearnHowItIsReset) {
     ASSERT_NE(opener, nullptr);
     EXPECT_EQ(SMEventWait(opener, 0), 0U);
     EXPECT_EQ(SMEventWait(opener, 0), manual == 1 ? SM_STATUS_SUCCESS : SM_STATUS_TIMEOUT);
-    semid_ds about{};
     const int set = semget(static_cast<key_t>(registered_key(decorated("kqsupevt", name))), 0, 0);
-    EXPECT_EQ(semctl(set, 0, IPC_STAT, &about), 0);
-    EXPECT_EQ(about.sem_nsems, manual == 1 ? 2U : 1U);
+    const auto about = about_set(set);
+    ASSERT_TRUE(about.has_value());
+    EXPECT_EQ(about->sem_nsems, manual == 1 ? 2U : 1U);
     SMEventDestroy(opener);
     EXPECT_EQ(SMEventSet(creator), 0U);
     SMEventDestroy(creator);

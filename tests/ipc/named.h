@@ -1,8 +1,11 @@
 // Where named objects live in the sandbox, and what they are called there.
 #pragma once
 
+#include <sys/sem.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 
 #include "kqsupt/config.h"
@@ -47,6 +50,16 @@ inline uint32_t registered_key(const std::string& decorated_name) {
   SMReadINIPathFileValue("Unique String Name Key Section", decorated_name.c_str(), SMINI_TYPE_U32,
                          &key, &size, nullptr, 0, registry().c_str(), 1);
   return key;
+}
+
+// What the system knows of a set of semaphores. The union is not to be left out: there are hosts that
+// pass one otherwise than the pointer in it.
+inline std::optional<semid_ds> about_set(int set) {
+  semid_ds about{};
+  union {
+    semid_ds* about;
+  } argument{&about};
+  return semctl(set, 0, IPC_STAT, argument) == 0 ? std::optional(about) : std::nullopt;
 }
 
 }  // namespace kqsupt::tests

@@ -16,6 +16,7 @@
 namespace {
 
 using namespace std::string_literals;
+using kqsupt::tests::about_set;
 using kqsupt::tests::content_of;
 using kqsupt::tests::decorated;
 using kqsupt::tests::lock_file_of_path;
@@ -131,8 +132,7 @@ int exit_status_of_a_start() {
 }
 
 bool exists(int set) {
-  semid_ds about{};
-  return semctl(set, 0, IPC_STAT, &about) == 0;
+  return about_set(set).has_value();
 }
 
 TEST_F(Registry, AStartRemovesTheSetsOfDeadProcesses) {

@@ -14,6 +14,7 @@
 
 namespace {
 
+using kqsupt::tests::about_set;
 using kqsupt::tests::decorated;
 using kqsupt::tests::registered_key;
 
@@ -143,9 +144,9 @@ TEST(Semaphore, WakesWhoWaits) {
 
 TEST(Semaphore, OfANameHasThePermissionOfItsCreator) {
   const auto mode = [](const char* name) {
-    semid_ds about{};
     const int set = semget(static_cast<key_t>(registered_key(decorated("kqsupsmp", name))), 0, 0);
-    return semctl(set, 0, IPC_STAT, &about) == 0 ? about.sem_perm.mode & 0777U : 01000U;
+    const auto about = about_set(set);
+    return about.has_value() ? about->sem_perm.mode & 0777U : 01000U;
   };
   SMSemaphore* shared = SMSemaphoreCreate("shared", 0);
   SMSemaphore* mine = SMSemaphoreCreate_s("mine", 0, 0);
