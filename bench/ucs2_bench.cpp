@@ -24,8 +24,8 @@ void append(ConvertedText& text, uint32_t code_point) {
 }
 
 template <class Draw>
-std::vector<ConvertedText> fresh_texts_of(size_t count, size_t bytes, Draw draw) {
-  std::vector<ConvertedText> texts(count);
+std::vector<ConvertedText> fresh_texts_of(size_t bytes, Draw draw) {
+  std::vector<ConvertedText> texts(kTexts);
   for (ConvertedText& text : texts) {
     while (text.utf8.size() + 3 <= bytes) {
       append(text, draw());
@@ -66,18 +66,17 @@ void to_utf8(const ConvertedText& text) {
 
 const std::vector<Script>& scripts() {
   static const std::vector<Script> all = {
-      {"4 KiB of ASCII", kLongTexts, 0.15,
-       [] { return fresh_texts_of(kLongTexts, kTextBytes, ascii); }},
-      {"4 KiB of Latin", kLongTexts, 0.6,
-       [] { return fresh_texts_of(kLongTexts, kTextBytes, latin); }},
-      {"4 KiB of CJK", kLongTexts, 0.6, [] { return fresh_texts_of(kLongTexts, kTextBytes, cjk); }},
-      {"24 bytes", kShortTexts, 0.6, [] { return fresh_texts_of(kShortTexts, 26, latin); }},
+      {"4 KiB of ASCII", kOnce, 0.15, [] { return fresh_texts_of(kTextBytes, ascii); }},
+      {"4 KiB of Latin", kOnce, 0.6, [] { return fresh_texts_of(kTextBytes, latin); }},
+      {"4 KiB of CJK", kOnce, 0.6, [] { return fresh_texts_of(kTextBytes, cjk); }},
+      {"24 bytes of ASCII", kRounds, 0.6, [] { return fresh_texts_of(26, ascii); }},
+      {"24 bytes of Latin", kRounds, 0.6, [] { return fresh_texts_of(26, latin); }},
   };
   return all;
 }
 
 std::vector<std::u16string> fresh_strings(const Length& length) {
-  std::vector<std::u16string> strings(length.strings);
+  std::vector<std::u16string> strings(kTexts);
   for (std::u16string& string : strings) {
     string.resize(
         fresh().between(static_cast<uint32_t>(length.least), static_cast<uint32_t>(length.most)));

@@ -11,10 +11,11 @@
 
 namespace kqbench {
 
-// Operations of an iteration, each on a text of its own: of short ones so many that looking at the
-// clock does not count.
-inline constexpr size_t kLongTexts = 64;
-inline constexpr size_t kShortTexts = 512;
+inline constexpr size_t kTexts = 64;  // of an iteration, each different
+// How often an iteration takes them in turn: short ones so often that looking at the clock does not
+// count.
+inline constexpr size_t kOnce = 1;
+inline constexpr size_t kRounds = 16;
 inline constexpr size_t kTextBytes = 4096;  // of each long text to be converted, in UTF-8
 
 // ---- Conversions ----
@@ -27,7 +28,7 @@ struct ConvertedText {
 
 struct Script {
   const char* name;
-  size_t texts;
+  size_t rounds;
   double target;
   std::vector<ConvertedText> (*fresh)();
 };
@@ -48,10 +49,12 @@ inline std::array<char, 4 * kTextBytes> utf8_room;
 template <class Convert>
 void add_conversion(const std::string& row, const char* contestant, const Script& script,
                     Convert convert) {
-  add_measurement(row, contestant, script.texts, script.fresh,
+  add_measurement(row, contestant, script.rounds * kTexts, script.fresh,
                   [=](const std::vector<ConvertedText>& texts) {
-                    for (const ConvertedText& text : texts) {
-                      convert(text);
+                    for (size_t round = 0; round < script.rounds; ++round) {
+                      for (const ConvertedText& text : texts) {
+                        convert(text);
+                      }
                     }
                   });
 }
@@ -60,15 +63,15 @@ void add_conversion(const std::string& row, const char* contestant, const Script
 
 struct Length {
   const char* name;
-  size_t strings;
+  size_t rounds;
   size_t least;
   size_t most;
   double target;
 };
-inline constexpr Length kLengths[] = {{"4 to 64", kShortTexts, 4, 64, 0.6},
-                                      {"16 K", kLongTexts, 16384, 16384, 0.15}};
-inline constexpr Length kLengthsOfStrstr[] = {{"256", kLongTexts, 256, 256, 0.35},
-                                              {"16 K", kLongTexts, 16384, 16384, 0.35}};
+inline constexpr Length kLengths[] = {{"4 to 64", kRounds, 4, 64, 0.6},
+                                      {"16 K", kOnce, 16384, 16384, 0.15}};
+inline constexpr Length kLengthsOfStrstr[] = {{"256", kOnce, 256, 256, 0.35},
+                                              {"16 K", kOnce, 16384, 16384, 0.35}};
 
 [[nodiscard]] std::vector<std::u16string> fresh_strings(const Length& length);
 
@@ -80,10 +83,12 @@ template <class Search>
 void add_search(const std::string& row, const char* contestant, const Length& length,
                 Search search) {
   add_measurement(
-      row, contestant, length.strings, [=] { return fresh_strings(length); },
+      row, contestant, length.rounds * kTexts, [=] { return fresh_strings(length); },
       [=](const std::vector<std::u16string>& strings) {
-        for (const std::u16string& string : strings) {
-          search(string);
+        for (size_t round = 0; round < length.rounds; ++round) {
+          for (const std::u16string& string : strings) {
+            search(string);
+          }
         }
       });
 }

@@ -10,7 +10,8 @@
 
 namespace kqbench {
 
-inline constexpr size_t kElements = 64;  // operations of an iteration, each of content of its own
+inline constexpr size_t kElements = 64;  // of an iteration, each of content of its own
+inline constexpr size_t kRounds = 16;    // how often they are taken in turn
 inline constexpr const char* kElementRow = "xml/element";
 
 struct Element {
@@ -39,10 +40,12 @@ inline std::vector<Element> fresh_elements() {
 // Enters a contestant: `write(element)` writes one element to a buffer that is empty before.
 template <class Write>
 void add_element_measurement(const char* contestant, Write write) {
-  add_measurement(kElementRow, contestant, kElements, fresh_elements,
+  add_measurement(kElementRow, contestant, kRounds * kElements, fresh_elements,
                   [=](std::vector<Element>& elements) {
-                    for (const Element& element : elements) {
-                      write(element);
+                    for (size_t round = 0; round < kRounds; ++round) {
+                      for (const Element& element : elements) {
+                        write(element);
+                      }
                     }
                   });
 }

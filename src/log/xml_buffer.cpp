@@ -3,6 +3,8 @@
 #include "log/xml_buffer.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 #include <initializer_list>
 
@@ -10,6 +12,7 @@
 #include "text/conversion.h"
 #include "text/sized_string.h"
 #include "text/typed_value.h"
+#include "text/wide_step.h"
 
 namespace kqsupt::log {
 namespace {
@@ -28,12 +31,31 @@ constexpr uint32_t kPointerToUtf8 = 48;
 constexpr uint32_t kPointerToUcs2 = 49;
 constexpr uint32_t kPointerToUtf8Too = 50;
 
-// Appends all pieces. What was appended before one that fails stays.
+// Makes the string longer by `size` bytes, which the caller fills from the pointer that is returned.
+// Null, with the string as it was, when memory is short.
+[[nodiscard]] char* room_for(SMSSUTF8Str& string, uint64_t size) {
+  if (string.content == nullptr || size > UINT32_MAX ||
+      !text::make_room(string, static_cast<uint32_t>(size))) {
+    return nullptr;
+  }
+  char* const room = string.content + string.length;
+  string.length += static_cast<uint32_t>(size);
+  string.content[string.length] = '\0';
+  return room;
+}
+
+// Appends all pieces, or none when memory is short. None of them lies in the string.
 [[nodiscard]] SMStatus append(SMSSUTF8Str& string, std::initializer_list<string_view> pieces) {
+  uint64_t size = 0;
   for (const string_view piece : pieces) {
-    if (!text::append(string, piece)) {
-      return SM_STATUS_NO_MEMORY;
-    }
+    size += piece.size();
+  }
+  char* end = room_for(string, size);
+  if (end == nullptr) {
+    return SM_STATUS_NO_MEMORY;
+  }
+  for (const string_view piece : pieces) {
+    end = std::copy(piece.begin(), piece.end(), end);
   }
   return SM_STATUS_SUCCESS;
 }
@@ -61,47 +83,74 @@ SMSSUTF8Str new_content(uint32_t capacity, uint32_t with_declaration) {
   return string;
 }
 
-bool is_special(char byte) {
-  return byte == '&' || byte == '<' || byte == '>' || byte == '"' || byte == '\'';
-}
+// ---- Escaping ----
+
+// What a byte is written as behind the "&"; nothing for one that XML gives no meaning to.
+constexpr auto kEntities = [] {
+  std::array<string_view, 256> entities{};
+  entities['&'] = "amp;";
+  entities['<'] = "lt;";
+  entities['>'] = "gt;";
+  entities['"'] = "quot;";
+  entities['\''] = "apos;";
+  return entities;
+}();
 
 string_view entity_of(char byte) {
-  switch (byte) {
-    case '&':
-      return "amp;";
-    case '<':
-      return "lt;";
-    case '>':
-      return "gt;";
-    case '"':
-      return "quot;";
-    default:
-      return "apos;";
+  return kEntities[static_cast<uint8_t>(byte)];
+}
+
+// Calls `visit` with the place of each byte that has an entity.
+template <class Visit>
+void for_each_special(string_view text, Visit visit) {
+  size_t place = 0;
+  for (text::Bytes16 bytes; place + sizeof bytes <= text.size(); place += sizeof bytes) {
+    text::load(bytes, text.data() + place);
+    const auto special = text::Bytes16((bytes == '&') | (bytes == '<') | (bytes == '>') |
+                                       (bytes == '"') | (bytes == '\''));
+    if (text::any(special)) {
+      for (uint32_t left = text::where(special); left != 0; left &= left - 1) {
+        visit(place + static_cast<size_t>(std::countr_zero(left)));
+      }
+    }
+  }
+  for (; place < text.size(); ++place) {
+    if (!entity_of(text[place]).empty()) {
+      visit(place);
+    }
   }
 }
 
-// Escaping n times over turns a character into "&", n - 1 times "amp;", and its entity.
-[[nodiscard]] bool append_escaped(SMSSUTF8Str& string, string_view text, uint32_t level) {
-  while (!text.empty()) {
-    const char* special = std::find_if(text.begin(), text.end(), is_special);
-    const auto plain = static_cast<size_t>(special - text.begin());
-    if (!text::append(string, text.substr(0, plain))) {
-      return false;
-    }
-    text.remove_prefix(plain);
-    if (text.empty()) {
-      break;
-    }
-    bool appended = text::append(string, "&");
-    for (uint32_t i = 1; appended && i < level; ++i) {
-      appended = text::append(string, "amp;");
-    }
-    if (!appended || !text::append(string, entity_of(text.front()))) {
-      return false;
-    }
-    text.remove_prefix(1);
+// Escaping n times over turns a byte into "&", n - 1 times "amp;", and its entity.
+size_t escaped_size(char byte, uint32_t level) {
+  return 1 + 4 * (level - 1) + entity_of(byte).size();
+}
+char* write_escaped(char* to, char byte, uint32_t level) {
+  *to++ = '&';
+  for (uint32_t i = 1; i < level; ++i) {
+    to = std::copy_n("amp;", 4, to);
   }
-  return true;
+  for (const char character : entity_of(byte)) {
+    *to++ = character;
+  }
+  return to;
+}
+
+[[nodiscard]] SMStatus append_escaped(SMSSUTF8Str& string, string_view text, uint32_t level) {
+  uint64_t size = text.size();
+  for_each_special(text, [&](size_t place) { size += escaped_size(text[place], level) - 1; });
+  char* end = room_for(string, size);
+  if (end == nullptr) {
+    return SM_STATUS_NO_MEMORY;
+  }
+  size_t copied = 0;
+  for_each_special(text, [&](size_t place) {
+    end = std::copy(text.begin() + copied, text.begin() + place, end);
+    end = write_escaped(end, text[place], level);
+    copied = place + 1;
+  });
+  std::copy(text.begin() + copied, text.end(), end);
+  return SM_STATUS_SUCCESS;
 }
 
 uint32_t level_of(const XmlValue& value) {
@@ -110,10 +159,7 @@ uint32_t level_of(const XmlValue& value) {
 
 SMStatus append_text(SMSSUTF8Str& string, string_view text, const XmlValue& value) {
   const uint32_t level = level_of(value);
-  if (level == 0) {
-    return append(string, {text});
-  }
-  return append_escaped(string, text, level) ? SM_STATUS_SUCCESS : SM_STATUS_NO_MEMORY;
+  return level == 0 ? append(string, {text}) : append_escaped(string, text, level);
 }
 
 SMStatus append_ucs2(SMSSUTF8Str& string, const XmlValue& value) {
@@ -328,7 +374,7 @@ char* xml_escaped_copy(const char* text, uint32_t* size, uint32_t level) {
   }
   SMSSUTF8Str copy{};
   text::allocate(copy, std::max(*size, 1U));
-  if (copy.content == nullptr || !append_escaped(copy, text, std::min(level, kMostLevels))) {
+  if (append_escaped(copy, text, std::min(level, kMostLevels)) != SM_STATUS_SUCCESS) {
     text::release(copy);
     return nullptr;
   }

@@ -81,6 +81,15 @@ template <class Mask>
   return static_cast<uint32_t>(((halves[0] | halves[1]) * 0x0001000100010001) >> 48);
 }
 
+// The same for the bytes of one step.
+[[nodiscard]] inline uint32_t where(const Bytes16& mask) {
+  const Bytes16 bits = mask & Bytes16{1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+  uint64_t halves[2];
+  std::memcpy(halves, &bits, sizeof halves);
+  constexpr uint64_t kOnes = 0x0101010101010101;
+  return static_cast<uint32_t>(halves[0] * kOnes >> 56 | halves[1] * kOnes >> 56 << 8);
+}
+
 // Each byte as a unit.
 inline void widen(Units8 (&units)[2], const Bytes16& bytes) {
   const Units16 all = __builtin_convertvector(bytes, Units16);
