@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <string>
 #include <thread>
 
@@ -71,6 +72,11 @@ TEST(Fork, AChildTakesAMutexThatItsParentGaveBack) {
 }
 
 TEST(Fork, AChildUsesFilesThatItsParentsThreadsAreWriting) {
+  // The emulator looks paths up under a mutex of its own, which its child finds taken for ever when
+  // another thread was opening a file.
+  if (std::string(std::getenv("KQSUPT_RUNNER")).find("qemu") != std::string::npos) {
+    GTEST_SKIP() << "the emulator does not survive such a fork";
+  }
   const Scratch scratch;
   const std::string path = scratch.file("a.ini");
   std::atomic<bool> done = false;
