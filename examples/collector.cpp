@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "exchange.h"
 #include "hand_over.h"
 #include "machine_record.h"
 
@@ -337,9 +338,15 @@ Block serialized(const Record& record) {
 
 }  // namespace
 
-int main() {
+// collector: offers the record to whoever reads it. collector -: writes it to the standard output.
+int main(int count, char** arguments) {
   try {
-    send_block(serialized(machine()));
+    const Block block = serialized(machine());
+    if (count > 1 && std::string(arguments[1]) == "-") {
+      send_block(block);
+    } else {
+      exchange::offer(block);
+    }
     return EXIT_SUCCESS;
   } catch (const std::bad_alloc&) {
     std::fprintf(stderr, "collector: memory is short\n");

@@ -1,5 +1,4 @@
-// How a record's block gets from one process to the other: through the pipe that is the standard
-// output of the sender and the standard input of the receiver. Nothing else knows of it.
+// A record's block on the standard output of one process and the standard input of another.
 #pragma once
 
 #include <kqsupt.h>

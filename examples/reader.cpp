@@ -11,6 +11,7 @@
 #include <string>
 #include <system_error>
 
+#include "exchange.h"
 #include "hand_over.h"
 #include "machine_record.h"
 
@@ -140,9 +141,11 @@ void print_tree(const Block& block) {
 
 }  // namespace
 
-int main() {
+// reader: takes the record that a collector offers. reader -: reads it from the standard input.
+int main(int count, char** arguments) {
   try {
-    const Block block = receive_block();
+    const bool from_input = count > 1 && std::string(arguments[1]) == "-";
+    const Block block = from_input ? receive_block() : exchange::take();
     print_summary(block);
     print_tree(block);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {

@@ -81,10 +81,10 @@ using Start = Outcome (*)(const Command&, std::string_view);
 
 // Runs the pair whose programs are in `directory` and returns what the reader printed.
 Printed run_pair(const std::string& directory, Start start) {
-  const Outcome collector = start({directory + "/collector"}, {});
+  const Outcome collector = start({directory + "/collector", "-"}, {});
   EXPECT_EQ(collector.exit_status, 0) << directory << "/collector";
   EXPECT_EQ(collector.err, "");
-  const Outcome reader = start({directory + "/reader"}, collector.out);
+  const Outcome reader = start({directory + "/reader", "-"}, collector.out);
   EXPECT_EQ(reader.exit_status, 0) << directory << "/reader";
   EXPECT_EQ(reader.err, "");
   return parse(reader.out);
@@ -252,7 +252,7 @@ Outcome collect_after(const std::string& script) {
                   "-euc",
                   "root=$(mktemp -d); mount -t tmpfs scratch \"$root\";" + script + "; exec \"$@\"",
                   "sh"};
-  for (const std::string& word : with_runner({built_program("collector")})) {
+  for (const std::string& word : with_runner({built_program("collector"), "-"})) {
     command.push_back(word);
   }
   return run_native(command);
@@ -269,7 +269,7 @@ TEST(MachineRecord, LeavesOutTheMountsThatDoNotFitAndCountsThem) {
     wc -l </proc/self/mounts >&2)");
   ASSERT_EQ(collector.exit_status, 0) << collector.err;
   EXPECT_LE(collector.out.size(), 65535U);
-  const Outcome reader = run({built_program("reader")}, collector.out);
+  const Outcome reader = run({built_program("reader"), "-"}, collector.out);
   ASSERT_EQ(reader.exit_status, 0) << reader.err;
   const Printed printed = parse(reader.out);
   const size_t kept = printed.column("mounts", "target").size();
@@ -286,7 +286,7 @@ TEST(MachineRecord, ShowsAMountWithBlanksAndLineEndsInItsNameOnOneLine) {
     mkdir "$root/$name"
     mount -t tmpfs inner "$root/$name")");
   ASSERT_EQ(collector.exit_status, 0) << collector.err;
-  const Outcome reader = run({built_program("reader")}, collector.out);
+  const Outcome reader = run({built_program("reader"), "-"}, collector.out);
   ASSERT_EQ(reader.exit_status, 0) << reader.err;
   const std::vector<std::string> targets = parse(reader.out).column("mounts", "target");
   EXPECT_TRUE(targets.back().ends_with("/a b\\012c\\134d")) << targets.back();
@@ -295,7 +295,7 @@ TEST(MachineRecord, ShowsAMountWithBlanksAndLineEndsInItsNameOnOneLine) {
 // Runs a program of this build with a standard output that takes nothing.
 Outcome run_without_output(const std::string& name, const std::string& input) {
   Command command{"sh", "-c", "exec \"$@\" >/dev/full", "sh"};
-  for (const std::string& word : with_runner({built_program(name)})) {
+  for (const std::string& word : with_runner({built_program(name), "-"})) {
     command.push_back(word);
   }
   return run_native(command, input);
@@ -309,14 +309,14 @@ TEST(Collector, FailsWhenItsBlockCannotBeWritten) {
 
 // A block is refused with exit status 1 and one line that says why.
 void expect_refusal(const std::string& input, const std::string& reason) {
-  const Outcome reader = run({built_program("reader")}, input);
+  const Outcome reader = run({built_program("reader"), "-"}, input);
   EXPECT_EQ(reader.exit_status, 1);
   EXPECT_EQ(reader.out, "");
   EXPECT_EQ(reader.err, "reader: " + reason + "\n");
 }
 
 std::string collected() {
-  return run({built_program("collector")}).out;
+  return run({built_program("collector"), "-"}).out;
 }
 
 TEST(Reader, RefusesEmptyInput) {
@@ -371,8 +371,8 @@ TEST(Reader, RefusesARecordThatIsNotOfAMachine) {
 
 TEST(Reader, ReadsOneBlockAndNoFurther) {
   const std::string block = collected();
-  EXPECT_EQ(run({built_program("reader")}, block + std::string(1 << 20, 'x')).out,
-            run({built_program("reader")}, block).out);
+  EXPECT_EQ(run({built_program("reader"), "-"}, block + std::string(1 << 20, 'x')).out,
+            run({built_program("reader"), "-"}, block).out);
 }
 
 TEST(Reader, FailsWhenItsTreeCannotBeWritten) {
@@ -442,6 +442,41 @@ TEST_F(BesideTheNativePair, FreeMemoryIsNotMoreThanTheTotalItPrinted) {
   EXPECT_LT(ours_.number_at("memory/free"), before_.number_at("memory/total"));
   EXPECT_LT(ours_.number_at("memory/available"), before_.number_at("memory/total"));
   EXPECT_LE(ours_.number_at("memory/swap/free"), before_.number_at("memory/swap/total"));
+}
+
+// ---- Through named objects ----
+
+// Starts the two programs separately, `first` a moment before the other.
+Outcome exchange(const char* first, const char* second) {
+  std::string both[2] = {first, second};
+  for (std::string& program : both) {
+    std::string line;
+    for (const std::string& word : with_runner({built_program(program)})) {
+      line += word + " ";
+    }
+    program = line;
+  }
+  return run_native(
+      {"sh", "-c", both[0] + "& sleep 0.2; " + both[1] + "; status=$?; wait $! && exit $status"});
+}
+
+TEST(Exchange, TheReaderFindsTheRecordByItsName) {
+  const Outcome outcome = exchange("collector", "reader");
+  ASSERT_EQ(outcome.exit_status, 0) << outcome.err;
+  EXPECT_EQ(parse(outcome.out).at("kernel/release"), this_system().release);
+}
+
+TEST(Exchange, AReaderMayWaitForTheCollector) {
+  const Outcome outcome = exchange("reader", "collector");
+  ASSERT_EQ(outcome.exit_status, 0) << outcome.err;
+  EXPECT_EQ(parse(outcome.out).at("kernel/release"), this_system().release);
+}
+
+TEST(Exchange, TheNextPairFindsNothingOfTheOneBefore) {
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(exchange("collector", "reader").exit_status, 0);
+  }
+  EXPECT_EQ(run_native({"sh", "-c", "tail -qn +2 /proc/sysvipc/shm /proc/sysvipc/sem"}).out, "");
 }
 
 }  // namespace
