@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <string_view>
 
@@ -96,37 +97,36 @@ SMStatus read_value(const char* section, const char* key, const FileDescriptor& 
 
 // ---- Writing ----
 
-// Puts a new section at the end of the file, which may be missing.
-SMStatus append_section(const char* section, const char* key, const char* value, const char* path) {
+// Puts a new section at the end of the file, which is made when it is missing.
+SMStatus append_section(const char* section, const char* key, const char* value, const char* path,
+                        bool is_missing) {
   if (key == nullptr || value == nullptr) {
     return SM_STATUS_BAD_LENGTH;
   }
-  struct stat about {};
-  const bool is_new = stat(path, &about) != 0;
   text::TextBuilder text(256);
-  if (!(is_new || about.st_size == 0 || text.append('\n')) || !text.append('[') ||
-      !text.append(section) || !text.append("]\n") || !text.append(key) || !text.append('=') ||
-      !text.append(value) || !text.append('\n')) {
+  if (!text.append("\n[") || !text.append(section) || !text.append("]\n") || !text.append(key) ||
+      !text.append('=') || !text.append(value) || !text.append('\n')) {
     return SM_STATUS_NO_MEMORY;
   }
-  FileDescriptor file =
-      FileDescriptor::open(path, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY, 0600);
-  if (!file.is_open()) {
+  const int flags = O_WRONLY | O_APPEND | O_NONBLOCK | O_NOCTTY | (is_missing ? O_CREAT : 0);
+  FileDescriptor file = FileDescriptor::open(path, flags, 0600);
+  struct stat about {};
+  if (!file.is_open() || fstat(file.get(), &about) != 0) {
     return SM_STATUS_FILE_NOT_FOUND;
   }
-  if (is_new) {
+  if (is_missing) {
     (void)fchmod(file.get(), 0644);
   }
-  if (!file.write_all(text.view())) {
+  if (!file.write_all(from(text.view(), about.st_size == 0 ? 1 : 0)) || !file.close()) {
     // Nothing of it stays.
-    if (is_new) {
+    if (is_missing) {
       unlink(path);
     } else {
-      (void)!ftruncate(file.get(), about.st_size);
+      (void)!truncate(path, about.st_size);
     }
     return SM_STATUS_OUT_OF_SPACE;
   }
-  return file.close() ? SMStatus{SM_STATUS_SUCCESS} : SMStatus{SM_STATUS_OUT_OF_SPACE};
+  return SM_STATUS_SUCCESS;
 }
 
 // The line of a key, on a line of its own also where the text before it ends without one.
@@ -140,6 +140,9 @@ SMStatus change_file(const char* section, const char* key, const char* value, co
                      const char* directory) {
   WholeFile file;
   SMStatus status = read_whole_file(path, &file);
+  if (status == SM_STATUS_FILE_OPEN_FAILED && errno == ENOENT) {
+    return append_section(section, key, value, path, true);
+  }
   if (status != SM_STATUS_SUCCESS) {
     return status;
   }
@@ -148,7 +151,7 @@ SMStatus change_file(const char* section, const char* key, const char* value, co
   status = key != nullptr ? edit_ini_key(content, section, key, &edit)
                           : edit_ini_section(content, section, &edit);
   if (status == SM_STATUS_SECTION_NOT_FOUND) {
-    return append_section(section, key, value, path);
+    return append_section(section, key, value, path, false);
   }
   if (status != SM_STATUS_SUCCESS) {
     return status;
@@ -225,9 +228,6 @@ SMStatus write_ini_text(const char* section, const char* key, const char* value,
     return lock.status();
   }
   recover_file(path);
-  if (access(path, F_OK) != 0) {
-    return append_section(section, key, value, path);
-  }
   return change_file(section, key, value, path, directory.c_str());
 }
 
