@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr SMStatus kNotStarted = 17;
+
 bool early_calls_worked = false;
 
 bool call_every_family() {
@@ -27,7 +29,6 @@ bool call_every_family() {
   SMFreeMem(SMUTF8ConvertXSVToYSV("a,b", ',', ';', nullptr, nullptr));
   uint32_t address = 0;
   const SMStatus converted = SMIPAddrASCIIToNetwork("10.0.0.1", &address);
-  constexpr SMStatus kNotStarted = 17;
   const bool checksum_right = SMCRC32Compute_str("123456789") == 0xCBF43926;
   SMRFC1321Context context;
   SMRFC1321Load(&context);
@@ -71,6 +72,63 @@ TEST(BeforeAttach, EveryFamilyAnswersBeforeTheLibrarysConstructor) {
 TEST(WithoutRegistryFile, ThereIsNone) {
   EXPECT_NE(access("/etc/ybreg.cfg", F_OK), 0);
   EXPECT_NE(access("/usr/lib/ext/mavo/ybreg.cfg", F_OK), 0);
+}
+
+TEST(WithoutRegistryFile, AddressesAreNotConverted) {
+  uint32_t address = 7;
+  EXPECT_EQ(SMIPAddrASCIIToNetwork("10.0.0.1", &address), kNotStarted);
+  EXPECT_EQ(SMIPAddrASCIIToNetwork("no address", &address), kNotStarted);
+  EXPECT_EQ(address, 7U);
+  char text[16] = "old";
+  uint32_t size = sizeof text;
+  EXPECT_EQ(SMIPAddrNetworkToASCII(address, text, &size), kNotStarted);
+  EXPECT_EQ(size, sizeof text);
+  size = 0;
+  EXPECT_EQ(SMIPAddrNetworkToASCII(address, text, &size), kNotStarted);
+  EXPECT_EQ(size, 0U);
+  EXPECT_STREQ(text, "old");
+}
+
+TEST(WithoutRegistryFile, TypedValuesOfAddressesAnswerTheSame) {
+  uint32_t address = 7;
+  uint32_t size = sizeof address;
+  EXPECT_EQ(SMXLTUTF8ToTypeValue("10.0.0.1", &address, &size, SMXLT_TYPE_IPV4), kNotStarted);
+  EXPECT_EQ(address, 7U);
+  EXPECT_EQ(size, 4U);
+  size = 3;
+  EXPECT_EQ(SMXLTUTF8ToTypeValue("10.0.0.1", &address, &size, SMXLT_TYPE_IPV4),
+            SM_STATUS_BUFFER_TOO_SMALL)
+      << "the room is looked at first";
+  char text[16] = "old";
+  size = sizeof text;
+  EXPECT_EQ(SMXLTTypeValueToUTF8(&address, 4, text, &size, SMXLT_TYPE_IPV4), kNotStarted);
+  EXPECT_STREQ(text, "old");
+  char parameter[] = "a=10.0.0.1";
+  char* const parameters[] = {parameter};
+  size = sizeof address;
+  EXPECT_EQ(SMNVPUTF8ToTypeValue(1, parameters, "a", 0, &address, &size, SMXLT_TYPE_IPV4),
+            kNotStarted);
+}
+
+TEST(WithoutRegistryFile, NullsAreRefusedBeforeThat) {
+  uint32_t address = 7;
+  char text[16];
+  uint32_t size = sizeof text;
+  EXPECT_EQ(SMIPAddrASCIIToNetwork(nullptr, &address), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMIPAddrASCIIToNetwork("10.0.0.1", nullptr), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMIPAddrNetworkToASCII(address, nullptr, &size), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMIPAddrNetworkToASCII(address, text, nullptr), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMXLTUTF8ToTypeValue(nullptr, &address, &size, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMXLTUTF8ToTypeValue("10.0.0.1", nullptr, &size, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMXLTUTF8ToTypeValue("10.0.0.1", &address, nullptr, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMXLTTypeValueToUTF8(nullptr, 4, text, &size, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMXLTTypeValueToUTF8(&address, 4, text, nullptr, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(size, sizeof text);
 }
 
 TEST(WithoutRegistryFile, EveryFamilyAnswers) {
