@@ -50,9 +50,45 @@ bool call_every_family() {
          (converted == SM_STATUS_SUCCESS || converted == kNotStarted) && SUPTGetMajorVersion() == 1;
 }
 
+// Files are not locked and names not found where there is no directory for them; what needs none
+// works.
+bool call_files_and_objects() {
+  uint32_t number = 7;
+  uint32_t size = sizeof number;
+  const bool no_files =
+      SMReadINIPathFileValue("s", "k", SMINI_TYPE_U32, &number, &size, nullptr, 0, "/tmp/x.ini",
+                             1) != SM_STATUS_SUCCESS &&
+      SMWriteINIPathFileValue("s", "k", SMINI_TYPE_UTF8, "v", 2, "/tmp/x.ini", 1) !=
+          SM_STATUS_SUCCESS &&
+      SMReadINIFileValue("s", "k", SMINI_TYPE_U32, &number, &size, nullptr, 0, "x.ini", 1) !=
+          SM_STATUS_SUCCESS &&
+      SMReadINISectionKeyUTF8Value("s", "k", "d", nullptr, "/tmp/x.ini", 1) == nullptr &&
+      SMPropertyFileReadValue("k", SMXLT_TYPE_U32, &number, &size, nullptr, 0, "/tmp/x", 1) !=
+          SM_STATUS_SUCCESS &&
+      SMPropertyFileWriteValue("k", SMXLT_TYPE_UTF8, "v", 2, "/tmp/x", 1) != SM_STATUS_SUCCESS &&
+      SMGetPathByProductIDandType(35, SM_PATH_TYPE_INI, nullptr, &size) ==
+          SM_STATUS_DATA_NOT_FOUND &&
+      SMMakePathFileNameByPID(35, nullptr, "f") == nullptr &&
+      SMGetUCS2StrFromID(1, nullptr, nullptr, nullptr) == 0;
+  const bool no_names = SMMutexCreate("x") == nullptr && SMMutexOpen("x") == nullptr &&
+                        SMSemaphoreCreate("x", 1) == nullptr && SMSemaphoreOpen("x") == nullptr &&
+                        SMEventCreate("x", 1, 1) == nullptr && SMEventOpen("x") == nullptr &&
+                        SMSharedMemCreate("x", 1) == nullptr && SMSharedMemOpen("x") == nullptr;
+  SMMutex* mutex = SMMutexCreate(nullptr);
+  const bool locked = SMMutexLock(mutex, -1) == 0 && SMMutexUnLock(mutex) == 0;
+  SMMutexDestroy(mutex);
+  SMSemaphore* semaphore = SMSemaphoreCreate(nullptr, 1);
+  const bool taken = SMSemaphoreAcquireWait(semaphore, 0) == 0;
+  SMSemaphoreDestroy(semaphore);
+  SMEvent* event = SMEventCreate(nullptr, 1, 1);
+  const bool signalled = SMEventWait(event, 0) == 0;
+  SMEventDestroy(event);
+  return no_files && no_names && locked && taken && signalled && number == 7;
+}
+
 // Takes the registry file of the sandbox away, so that the library's own start fails.
 void before_all_constructors(int, char**, char** environment) {
-  early_calls_worked = call_every_family();
+  early_calls_worked = call_every_family() && call_files_and_objects();
   for (char** variable = environment; *variable != nullptr; ++variable) {
     if (std::strncmp(*variable, "KQSUPT_SANDBOX=", 15) == 0) {
       unlink("/etc/ybreg.cfg");
@@ -133,6 +169,7 @@ TEST(WithoutRegistryFile, NullsAreRefusedBeforeThat) {
 
 TEST(WithoutRegistryFile, EveryFamilyAnswers) {
   EXPECT_TRUE(call_every_family());
+  EXPECT_TRUE(call_files_and_objects());
 }
 
 }  // namespace
