@@ -104,18 +104,15 @@ std::optional<uint32_t> free_key() {
   }
 }
 
-// Without the name of a key nobody finds it free, but a name without a key is no loss.
+// Both ways with one change: a process that is killed between two would leave a name whose key the
+// next one takes for free.
 uint32_t register_key(const char* decorated, uint32_t key) {
-  if (config::write_ini_value(kKeysByName, decorated, SMINI_TYPE_U32, &key, sizeof key,
-                              registry_path(), true) != SM_STATUS_SUCCESS) {
-    return kNoKey;
-  }
-  char name[16];
-  std::snprintf(name, sizeof name, "%" PRIu32, key);
-  (void)config::write_ini_value(kNamesByKey, name, SMINI_TYPE_UTF8, decorated,
-                                static_cast<uint32_t>(std::strlen(decorated) + 1), registry_path(),
-                                true);
-  return key;
+  char text[16];
+  std::snprintf(text, sizeof text, "%" PRIu32, key);
+  return config::write_ini_pair({kKeysByName, decorated, text}, {kNamesByKey, text, decorated},
+                                registry_path()) == SM_STATUS_SUCCESS
+             ? key
+             : kNoKey;
 }
 
 }  // namespace
