@@ -52,10 +52,11 @@ inline void load_half(Vector& vector, const void* from) {
 }
 
 // Reads an aligned step that may begin before a text or end behind it. It lies in a page that holds
-// a part of the text, so the read cannot fail; the address sanitizer, which knows of objects and
-// not of pages, is told not to look here. Volatile, so that a step is read once and not again for
+// a part of the text, so the read cannot fail; the sanitizers, which know of objects and
+// not of pages, are told not to look here. Volatile, so that a step is read once and not again for
 // every use: long searches wait for nothing but reads.
-__attribute__((no_sanitize("address"))) inline void load_aligned(Units8& units, const void* from) {
+__attribute__((no_sanitize("address", "thread"))) inline void load_aligned(Units8& units,
+                                                                           const void* from) {
   units = *static_cast<const volatile Units8*>(from);
 }
 
