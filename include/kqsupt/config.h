@@ -54,9 +54,10 @@ enum {
  * bytes and receives the size of the path with its terminator. With `buffer` NULL nothing is
  * copied.
  *
- * SM_STATUS_INVALID_PARAMETER: `size` NULL. SM_STATUS_DATA_NOT_FOUND: no such product or type, or
- * the registry does not tell; SM_STATUS_OPERATION_FAILED: the path does not exist now; with either
- * `*size` 0. SM_STATUS_BUFFER_TOO_SMALL: `*size` is too small, also with `buffer` NULL. */
+ * SM_STATUS_INVALID_PARAMETER: `size` NULL. SM_STATUS_DATA_NOT_FOUND: no such product or type, the
+ * registry does not tell, or memory is too short to read it; SM_STATUS_OPERATION_FAILED: the path
+ * does not exist now; with either `*size` 0. SM_STATUS_BUFFER_TOO_SMALL: `*size` is too small, also
+ * with `buffer` NULL. */
 KQSUPT_API SMStatus SMGetPathByProductIDandType(int32_t productID, uint32_t pathType, char* buffer,
                                                 uint32_t* size);
 
@@ -248,10 +249,10 @@ KQSUPT_API char* SMReadINISectionKeyUTF8Value(const char* section, const char* k
                                               const char* pathFileName, uint16_t lockWait);
 
 /* The value that `table`, of `count` entries, has for the text of a key, in any case of letters.
- * The value of entry 1 when there is no such key, that of entry 0 when no name matches. With
- * `isBitMask` 1 the text is a list of names with "," between them; the values of those that match
- * are combined, 0 when none does. 0x80000000: an argument NULL, a table of less than 2 entries, or
- * memory is short. */
+ * The value of entry 1 when the text cannot be read, whether there is no such key or memory is
+ * short; that of entry 0 when no name matches. With `isBitMask` 1 the text is a list of names with
+ * "," between them; the values of those that match are combined, 0 when none does. 0x80000000: an
+ * argument NULL, a table of less than 2 entries, or memory is too short for the list. */
 KQSUPT_API uint32_t SMReadINIEnums32Value(const char* section, const char* key,
                                           const SMEnums32* table, uint32_t count,
                                           uint16_t isBitMask, const char* pathFileName,

@@ -289,7 +289,8 @@ enum {
  * is 0.
  * `*size` receives the size of the value, also when the status is an error: the size of the type;
  * for bytes their number; for text its size with the terminator; 0 for a type that cannot be read.
- * For UCS-2 text it is what SMUTF8StrToUCS2Str makes of it. `value` is written on success only.
+ * For UCS-2 text it is what SMUTF8StrToUCS2Str makes of it. `value` is written on success only, but
+ * for UCS-2 text: of that the units that come before what fails or does not fit are written.
  *
  * Integers: decimal with an optional sign, octal, or hexadecimal with an optional "0x" and at most
  * 8 digits, 16 for U64. S64 is read in decimal only, U64 in decimal and hexadecimal. Double: any

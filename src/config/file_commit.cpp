@@ -127,8 +127,9 @@ DirectoryName::DirectoryName(std::string_view path) {
   text_ = concatenated({directory}, &size);
 }
 
-void recover_file(const char* path) {
-  rename(BackupName(path).c_str(), path);
+bool recover_file(const char* path) {
+  const BackupName backup(path);
+  return rename(backup.c_str(), path) == 0 || errno == ENOENT || access(backup.c_str(), F_OK) != 0;
 }
 
 SMStatus read_whole_file(const char* path, WholeFile* file) {

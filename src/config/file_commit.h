@@ -36,8 +36,9 @@ class DirectoryName {
   frame::HeapPtr<char> text_;
 };
 
-// Renames a backup that an interrupted replacement left behind over the file.
-void recover_file(const char* path);
+// Renames a backup that an interrupted replacement left behind over the file. False when there is
+// one and it cannot be renamed.
+[[nodiscard]] bool recover_file(const char* path);
 
 // A file as it was opened: all of its bytes, and its permission bits.
 struct WholeFile {

@@ -8,11 +8,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 #include "config/directories.h"
 #include "config/file_commit.h"
+#include "config/ini_file.h"
 #include "config/ini_text.h"
 #include "config/line_reader.h"
 #include "frame/heap.h"
@@ -96,37 +99,45 @@ SMStatus read_value(const char* section, const char* key, const FileDescriptor& 
 
 // ---- Writing ----
 
-// Puts a new section at the end of the file, which may be missing.
-SMStatus append_section(const char* section, const char* key, const char* value, const char* path) {
-  if (key == nullptr || value == nullptr) {
-    return SM_STATUS_BAD_LENGTH;
-  }
-  struct stat about {};
-  const bool is_new = stat(path, &about) != 0;
-  text::TextBuilder text(256);
-  if (!(is_new || about.st_size == 0 || text.append('\n')) || !text.append('[') ||
-      !text.append(section) || !text.append("]\n") || !text.append(key) || !text.append('=') ||
-      !text.append(value) || !text.append('\n')) {
-    return SM_STATUS_NO_MEMORY;
-  }
-  FileDescriptor file =
-      FileDescriptor::open(path, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY, 0600);
+// A new section with one key, for the end of a file.
+bool build_section(bool is_first, const IniText& ini, text::TextBuilder* lines) {
+  return (is_first || lines->append('\n')) && lines->append('[') && lines->append(ini.section) &&
+         lines->append("]\n") && lines->append(ini.key) && lines->append('=') &&
+         lines->append(ini.value) && lines->append('\n');
+}
+
+// Adds bytes to the end of the file. Where `size` is none it is missing, and made.
+SMStatus append_bytes(const char* path, std::optional<size_t> size, std::string_view bytes) {
+  const bool is_new = !size.has_value();
+  // Its bits from the first: who makes it may never get to what follows.
+  FileDescriptor file = FileDescriptor::open(
+      path, O_WRONLY | O_APPEND | O_NONBLOCK | O_NOCTTY | (is_new ? O_CREAT : 0), 0644);
   if (!file.is_open()) {
     return SM_STATUS_FILE_NOT_FOUND;
   }
   if (is_new) {
     (void)fchmod(file.get(), 0644);
   }
-  if (!file.write_all(text.view())) {
+  if (!file.write_all(bytes) || !file.close()) {
     // Nothing of it stays.
     if (is_new) {
       unlink(path);
     } else {
-      (void)!ftruncate(file.get(), about.st_size);
+      (void)!truncate(path, static_cast<off_t>(*size));
     }
     return SM_STATUS_OUT_OF_SPACE;
   }
-  return file.close() ? SMStatus{SM_STATUS_SUCCESS} : SMStatus{SM_STATUS_OUT_OF_SPACE};
+  return SM_STATUS_SUCCESS;
+}
+
+// Puts a new section at the end of the file, which may be missing.
+SMStatus append_section(const IniText& ini, const char* path, std::optional<size_t> size) {
+  if (ini.key == nullptr || ini.value == nullptr) {
+    return SM_STATUS_BAD_LENGTH;
+  }
+  text::TextBuilder lines(256);
+  return build_section(size.value_or(0) == 0, ini, &lines) ? append_bytes(path, size, lines.view())
+                                                           : SMStatus{SM_STATUS_NO_MEMORY};
 }
 
 // The line of a key, on a line of its own also where the text before it ends without one.
@@ -136,8 +147,7 @@ bool build_line(std::string_view before, const char* key, const char* value,
          line->append('=') && line->append(value) && line->append('\n');
 }
 
-SMStatus change_file(const char* section, const char* key, const char* value, const char* path,
-                     const char* directory) {
+SMStatus change_file(const IniText& ini, const char* path, const char* directory) {
   WholeFile file;
   SMStatus status = read_whole_file(path, &file);
   if (status != SM_STATUS_SUCCESS) {
@@ -145,23 +155,74 @@ SMStatus change_file(const char* section, const char* key, const char* value, co
   }
   const std::string_view content = file.content();
   IniEdit edit{};
-  status = key != nullptr ? edit_ini_key(content, section, key, &edit)
-                          : edit_ini_section(content, section, &edit);
+  status = ini.key != nullptr ? edit_ini_key(content, ini.section, ini.key, &edit)
+                              : edit_ini_section(content, ini.section, &edit);
   if (status == SM_STATUS_SECTION_NOT_FOUND) {
-    return append_section(section, key, value, path);
+    return append_section(ini, path, content.size());
   }
   if (status != SM_STATUS_SUCCESS) {
     return status;
   }
   const std::string_view before = content.substr(0, edit.kept_before);
   text::TextBuilder line(256);
-  if (!line.ok() ||
-      (key != nullptr && value != nullptr && !build_line(before, key, value, &line))) {
+  if (!line.ok() || (ini.key != nullptr && ini.value != nullptr &&
+                     !build_line(before, ini.key, ini.value, &line))) {
     return SM_STATUS_NO_MEMORY;
   }
   return replace_file(path, directory, file.mode,
                       {before, line.view(), from(content, edit.kept_from)});
 }
+
+// The content as it is with another value of a key.
+SMStatus edit_content(std::string_view content, const IniText& ini, text::TextBuilder* edited) {
+  IniEdit edit{};
+  const SMStatus status = edit_ini_key(content, ini.section, ini.key, &edit);
+  bool built = false;
+  if (status == SM_STATUS_SECTION_NOT_FOUND) {
+    built = edited->append(content) && build_section(content.empty(), ini, edited);
+  } else if (status == SM_STATUS_SUCCESS) {
+    const std::string_view before = content.substr(0, edit.kept_before);
+    built = edited->append(before) && build_line(before, ini.key, ini.value, edited) &&
+            edited->append(from(content, edit.kept_from));
+  } else {
+    return status;
+  }
+  return built ? SMStatus{SM_STATUS_SUCCESS} : SMStatus{SM_STATUS_NO_MEMORY};
+}
+
+// A file that is about to be changed: locked, in a directory that is there, and mended.
+class FileToChange {
+ public:
+  FileToChange(const char* path, bool wait) : path_(path), directory_(path) {
+    if (!directory_.ok()) {
+      status_ = SM_STATUS_NO_MEMORY;
+      return;
+    }
+    if (make_directory(directory_.c_str()) != SM_STATUS_SUCCESS) {
+      status_ = frame::kFailed;
+      return;
+    }
+    lock_.emplace(path, PathLockMode::kExclusive, wait);
+    status_ = lock_->status();
+    // Where the old content cannot be had back, a change would be lost when somebody can.
+    if (status_ == SM_STATUS_SUCCESS && !recover_file(path)) {
+      status_ = frame::kFailed;
+    }
+  }
+
+  [[nodiscard]] SMStatus status() const { return status_; }
+  [[nodiscard]] const char* directory() const { return directory_.c_str(); }
+  // A file that cannot be looked at is not missing.
+  [[nodiscard]] bool is_missing() const {
+    return access(path_, F_OK) != 0 && (errno == ENOENT || errno == ENOTDIR);
+  }
+
+ private:
+  const char* path_;
+  DirectoryName directory_;
+  std::optional<PathLockGuard> lock_;
+  SMStatus status_ = SM_STATUS_SUCCESS;
+};
 
 SMStatus check_names(const char* section, const char* key, const char* path) {
   const bool valid = section != nullptr && std::strlen(section) <= kLongestName &&
@@ -186,7 +247,7 @@ SMStatus read_ini_text(const char* section, const char* key, char* buffer, uint3
   if (lock.status() != SM_STATUS_SUCCESS) {
     return lock.status();
   }
-  recover_file(path);
+  (void)recover_file(path);  // what cannot be mended is read as it is
   const FileDescriptor file = FileDescriptor::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
   if (!file.is_open()) {
     return SM_STATUS_FILE_OPEN_FAILED;
@@ -209,26 +270,44 @@ SMStatus write_ini_text(const char* section, const char* key, const char* value,
   if (const SMStatus status = check_value(value, value_size); status != SM_STATUS_SUCCESS) {
     return status;
   }
-  const std::string_view whole(path);
-  if (whole.ends_with('/')) {
+  if (std::string_view(path).ends_with('/')) {
     return SM_STATUS_UNSUCCESSFUL;
   }
-  const DirectoryName directory(whole);
-  if (!directory.ok()) {
-    return SM_STATUS_NO_MEMORY;
+  const FileToChange file(path, wait);
+  if (file.status() != SM_STATUS_SUCCESS) {
+    return file.status();
   }
-  if (make_directory(directory.c_str()) != SM_STATUS_SUCCESS) {
-    return frame::kFailed;
+  const IniText ini{section, key, value};
+  return file.is_missing() ? append_section(ini, path, std::nullopt)
+                           : change_file(ini, path, file.directory());
+}
+
+SMStatus write_ini_pair(const IniText& first, const IniText& second, const char* path) {
+  const FileToChange target(path, true);
+  if (target.status() != SM_STATUS_SUCCESS) {
+    return target.status();
   }
-  const PathLockGuard lock(path, PathLockMode::kExclusive, wait);
-  if (lock.status() != SM_STATUS_SUCCESS) {
-    return lock.status();
+  const bool is_new = target.is_missing();
+  WholeFile file;
+  if (!is_new) {
+    if (const SMStatus status = read_whole_file(path, &file); status != SM_STATUS_SUCCESS) {
+      return status;
+    }
   }
-  recover_file(path);
-  if (access(path, F_OK) != 0) {
-    return append_section(section, key, value, path);
+  text::TextBuilder with_first(1024);
+  text::TextBuilder with_both(1024);
+  SMStatus status = edit_content(file.content(), first, &with_first);
+  if (status != SM_STATUS_SUCCESS) {
+    return status;
   }
-  return change_file(section, key, value, path, directory.c_str());
+  status = edit_content(with_first.view(), second, &with_both);
+  if (status == SM_STATUS_NO_MEMORY) {
+    return status;
+  }
+  const std::string_view content =
+      status == SM_STATUS_SUCCESS ? with_both.view() : with_first.view();
+  return is_new ? append_bytes(path, std::nullopt, content)
+                : replace_file(path, target.directory(), file.mode, {content});
 }
 
 }  // namespace kqsupt::config

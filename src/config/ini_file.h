@@ -24,6 +24,19 @@ namespace kqsupt::config {
                                            const void* value, uint32_t value_size,
                                            const char* file_name, bool wait);
 
+// One value of a section.
+struct IniText {
+  const char* section;
+  const char* key;
+  const char* value;
+};
+
+// Writes two values with a single change of the file, waiting for its lock: a process that is killed,
+// or a full disk, leaves either both of them or none. The second is left out where a malformed header
+// keeps it from its section. Names and values have the lengths that writing each by itself asks for.
+[[nodiscard]] SMStatus write_ini_pair(const IniText& first, const IniText& second,
+                                      const char* path);
+
 // A text on the heap, which the caller releases; null when there is neither one nor a default.
 [[nodiscard]] char* read_ini_copy(const char* section, const char* key, const char* default_value,
                                   uint32_t* size, const char* path, bool wait);

@@ -163,8 +163,21 @@ SMStatus copy_out(std::string_view text, char* buffer, uint32_t* size) {
   return SM_STATUS_SUCCESS;
 }
 
-// A copy of a path on the heap; null with the status told.
-frame::HeapPtr<char> path_of(int32_t product_id, uint32_t path_type, SMStatus* status) {
+// The parts with "/" between them, empty and null ones left out; null when memory is short.
+frame::HeapPtr<char> joined(std::initializer_list<const char*> parts) {
+  text::TextBuilder path(256);
+  bool fits = path.ok();
+  for (const char* part : parts) {
+    if (part != nullptr && *part != '\0') {
+      fits = fits && (path.length() == 0 || path.append('/')) && path.append(part);
+    }
+  }
+  return frame::HeapPtr<char>(fits ? path.release() : nullptr);
+}
+
+}  // namespace
+
+frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type, SMStatus* status) {
   uint32_t size = 0;
   *status = get_path(product_id, path_type, nullptr, &size);
   // Somebody may change the path between the two questions.
@@ -180,25 +193,6 @@ frame::HeapPtr<char> path_of(int32_t product_id, uint32_t path_type, SMStatus* s
     }
   }
   return nullptr;
-}
-
-// The parts with "/" between them, empty and null ones left out; null when memory is short.
-frame::HeapPtr<char> joined(std::initializer_list<const char*> parts) {
-  text::TextBuilder path(256);
-  bool fits = path.ok();
-  for (const char* part : parts) {
-    if (part != nullptr && *part != '\0') {
-      fits = fits && (path.length() == 0 || path.append('/')) && path.append(part);
-    }
-  }
-  return frame::HeapPtr<char>(fits ? path.release() : nullptr);
-}
-
-}  // namespace
-
-frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type) {
-  SMStatus status = SM_STATUS_SUCCESS;
-  return path_of(product_id, path_type, &status);
 }
 
 bool start_install_paths() {
@@ -250,7 +244,7 @@ SMStatus expand_install_path(const char* text, char* buffer, uint32_t* size) {
   frame::HeapPtr<char> path;
   if (macro != behind.end()) {
     SMStatus status = SM_STATUS_SUCCESS;
-    path = path_of(kFamily, kInstallPath, &status);
+    path = copy_path(kFamily, kInstallPath, &status);
     if (path == nullptr) {
       return fail(status, size);
     }
@@ -299,7 +293,8 @@ char* make_path(int32_t product_id, uint32_t path_type, const char* sub_director
   if (file_name == nullptr) {
     return nullptr;
   }
-  const frame::HeapPtr<char> directory = copy_path(product_id, path_type);
+  SMStatus status = SM_STATUS_SUCCESS;
+  const frame::HeapPtr<char> directory = copy_path(product_id, path_type, &status);
   if (directory == nullptr) {
     return nullptr;
   }

@@ -36,8 +36,13 @@ constexpr int32_t kWexlib = 45;
 constexpr int32_t kNurb = 44;
 
 frame::HeapPtr<char> variable_data_directory() {
-  frame::HeapPtr<char> path = config::copy_path(kWexlib, config::kVariableDataPath);
-  return path != nullptr ? std::move(path) : config::copy_path(kNurb, config::kVariableDataPath);
+  SMStatus status = SM_STATUS_SUCCESS;
+  frame::HeapPtr<char> path = config::copy_path(kWexlib, config::kVariableDataPath, &status);
+  // For want of memory alone nobody looks for the others where they are not.
+  if (path == nullptr && status != SM_STATUS_NO_MEMORY) {
+    path = config::copy_path(kNurb, config::kVariableDataPath, &status);
+  }
+  return path;
 }
 
 }  // namespace

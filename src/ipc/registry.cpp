@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -12,7 +13,6 @@
 
 #include "config/ini_file.h"
 #include "frame/heap.h"
-#include "frame/status.h"
 #include "ipc/ipc_files.h"
 #include "ipc/path_lock.h"
 #include "ipc/semaphore_list.h"
@@ -86,9 +86,9 @@ std::optional<uint32_t> next_key(const char* names) {
   return key >= kFirstKey ? std::optional(key) : std::nullopt;
 }
 
-// None when there is none left, and when memory is too short to tell. A section that is there but
-// empty counts as one that lost its first key. A registry that cannot be read has no key to give:
-// the name is noted as one without, so that nobody takes a key for it that another name has.
+// None when there is none left, and when it cannot be told for now. A section that is there but empty
+// counts as one that lost its first key. A registry that is broken has no key to give: the name is
+// noted as one without, so that nobody takes a key for it that another name has.
 std::optional<uint32_t> free_key() {
   const KeyList list = read_keys();
   switch (list.status) {
@@ -97,26 +97,22 @@ std::optional<uint32_t> free_key() {
     case SM_STATUS_SECTION_NOT_FOUND:
     case SM_STATUS_KEY_NOT_FOUND:
       return kFirstKey;
-    case SM_STATUS_NO_MEMORY:
-    case frame::kFailed:
-      return std::nullopt;
-    default:
+    case SM_STATUS_END_OF_FILE:
       return kNoKey;
+    default:
+      return std::nullopt;
   }
 }
 
-// Without the name of a key nobody finds it free, but a name without a key is no loss.
+// Both ways with one change: a process that is killed between two would leave a name whose key the
+// next one takes for free.
 uint32_t register_key(const char* decorated, uint32_t key) {
-  if (config::write_ini_value(kKeysByName, decorated, SMINI_TYPE_U32, &key, sizeof key,
-                              registry_path(), true) != SM_STATUS_SUCCESS) {
-    return kNoKey;
-  }
-  char name[16];
-  std::snprintf(name, sizeof name, "%" PRIu32, key);
-  (void)config::write_ini_value(kNamesByKey, name, SMINI_TYPE_UTF8, decorated,
-                                static_cast<uint32_t>(std::strlen(decorated) + 1), registry_path(),
-                                true);
-  return key;
+  char text[16];
+  std::snprintf(text, sizeof text, "%" PRIu32, key);
+  return config::write_ini_pair({kKeysByName, decorated, text}, {kNamesByKey, text, decorated},
+                                registry_path()) == SM_STATUS_SUCCESS
+             ? key
+             : kNoKey;
 }
 
 }  // namespace
@@ -139,16 +135,17 @@ uint32_t key_of_name(const char* decorated) {
     case SM_STATUS_FILE_NOT_FOUND:
     case SM_STATUS_FILE_OPEN_FAILED:
       // A registry that is there and cannot be opened may hold any key.
-      if (access(registry_path(), F_OK) != 0) {
+      if (access(registry_path(), F_OK) != 0 && errno == ENOENT) {
         free = kFirstKey;
       }
       break;
-    case SM_STATUS_NO_MEMORY:
-    case frame::kFailed:
-      break;  // the name may have a key
-    default:
+    case SM_STATUS_SECTION_NOT_FOUND:
+    case SM_STATUS_KEY_NOT_FOUND:
+    case SM_STATUS_END_OF_FILE:
       free = free_key();
       break;
+    default:
+      break;  // the name may have a key
   }
   return free.has_value() ? register_key(decorated, *free) : kNoKey;
 }

@@ -79,6 +79,26 @@ std::vector<Row> log_rows() {
                 return SMXGBufCatNodeValue(state.buffer, "<value>", 0, SMXLT_TYPE_UTF8,
                                            &state.escaped);
               }),
+      xml_row("SMXGBufCatNodeValue_bytes", {{SM_STATUS_NO_MEMORY, 0}, {kFailed, 0}},
+              [](Xml& state) {
+                return SMXGBufCatNodeValue(state.buffer, state.bytes, sizeof state.bytes,
+                                           SMXLT_TYPE_BINARY, nullptr);
+              }),
+      xml_row("SMXGBufCatNodeValue_ucs2", {{SM_STATUS_NO_MEMORY, 0}, {kFailed, 0}},
+              [](Xml& state) {
+                return SMXGBufCatNodeValue(state.buffer, state.ucs2, 0, SMXLT_TYPE_UCS2,
+                                           &state.escaped);
+              }),
+      xml_row("SMXGBufCatAttribute_bytes", {{SM_STATUS_NO_MEMORY, 0}, {kFailed, 0}},
+              [](Xml& state) {
+                return SMXGBufCatAttribute(state.buffer, "a", state.bytes, sizeof state.bytes,
+                                           SMXLT_TYPE_BINARY, nullptr);
+              }),
+      xml_row("SMXGBufCatAttribute_ucs2", {{SM_STATUS_NO_MEMORY, 0}, {kFailed, 0}},
+              [](Xml& state) {
+                return SMXGBufCatAttribute(state.buffer, "a", state.ucs2, 0, SMXLT_TYPE_UCS2,
+                                           &state.escaped);
+              }),
       xml_row("SMXGEscapeXMLUTF8Str", kNoMemory,
               [](Xml& state) {
                 uint32_t size = 2;

@@ -52,5 +52,6 @@ std::vector<Row> text_rows();
 std::vector<Row> os_rows();
 std::vector<Row> ipc_rows();
 std::vector<Row> log_rows();
+std::vector<Row> config_rows();
 
 }  // namespace kqsupt::tests

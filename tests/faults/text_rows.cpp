@@ -126,6 +126,34 @@ std::vector<Row> text_rows() {
             return done(state.is("abcde"));
           },
           [](Utf8& state) { return state.is("abc"); }),
+      row<Utf8>(
+          "SMSSUTF8StrNCatUTF8Str", kNoMemory,
+          [](Utf8& state) {
+            SMSSUTF8StrNCatUTF8Str(&state.string, "def", 2);
+            return done(state.is("abcde"));
+          },
+          [](Utf8& state) { return state.is("abc"); }),
+      row<Utf8>(
+          "SMSSUTF8StrNCatUCS2Str", kNoMemory,
+          [](Utf8& state) {
+            SMSSUTF8StrNCatUCS2Str(&state.string, state.ucs2, 2);
+            return done(state.is("abcde"));
+          },
+          [](Utf8& state) { return state.is("abc"); }),
+      row<Ucs2>(
+          "SMSSUCS2StrCatUCS2Str", kNoMemory,
+          [](Ucs2& state) {
+            SMSSUCS2StrCatUCS2Str(&state.string, state.abc);
+            return done(state.string.length == 6);
+          },
+          [](Ucs2& state) { return state.string.length == 3 && state.string.content[3] == 0; }),
+      row<Ucs2>(
+          "SMSSUCS2StrCatUTF8Str", kNoMemory,
+          [](Ucs2& state) {
+            SMSSUCS2StrCatUTF8Str(&state.string, "de");
+            return done(state.string.length == 5);
+          },
+          [](Ucs2& state) { return state.string.length == 3 && state.string.content[3] == 0; }),
       row<Ucs2>(
           "SMSSUCS2StrNCatUCS2Str", kNoMemory,
           [](Ucs2& state) {
@@ -186,6 +214,12 @@ std::vector<Row> text_rows() {
                   return SMXLTTypeValueToUTF8(state.bytes, 64, state.text, &state.size,
                                               SMXLT_TYPE_BINARY);
                 }),
+      bytes_row("SMXLTTypeValueToUTF8_list", {{kFailed, 0}},
+                [](Text& state) {
+                  state.size = sizeof state.text;
+                  return SMXLTTypeValueToUTF8(state.bytes, 64, state.text, &state.size,
+                                              SMXLT_TYPE_BINARY | SMXLT_FMT_HEX);
+                }),
       bytes_row("SMXLTTypeValueToUTF8_hex_bytes", kNoMemory,
                 [](Text& state) {
                   state.size = sizeof state.text;
@@ -212,6 +246,23 @@ std::vector<Row> text_rows() {
       row<Address>(
           "SMIPAddrASCIIToNetwork", kNoMemory,
           [](Address& state) { return SMIPAddrASCIIToNetwork("1.2.3.4", &state.address); },
+          [](Address& state) { return state.address == 77; }),
+      row<Address>(
+          "SMXLTUTF8ToTypeValue_address", kNoMemory,
+          [](Address& state) {
+            uint32_t size = sizeof state.address;
+            return SMXLTUTF8ToTypeValue("1.2.3.4", &state.address, &size, SMXLT_TYPE_IPV4);
+          },
+          [](Address& state) { return state.address == 77; }),
+      row<Address>(
+          "SMNVPUTF8ToTypeValue_address", kNoMemory,
+          [](Address& state) {
+            static char parameter[] = "p=1.2.3.4";
+            char* const parameters[] = {parameter};
+            uint32_t size = sizeof state.address;
+            return SMNVPUTF8ToTypeValue(1, parameters, "p", 0, &state.address, &size,
+                                        SMXLT_TYPE_IPV4);
+          },
           [](Address& state) { return state.address == 77; }),
   };
 }

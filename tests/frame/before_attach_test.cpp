@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr SMStatus kNotStarted = 17;
+
 bool early_calls_worked = false;
 
 bool call_every_family() {
@@ -27,7 +29,6 @@ bool call_every_family() {
   SMFreeMem(SMUTF8ConvertXSVToYSV("a,b", ',', ';', nullptr, nullptr));
   uint32_t address = 0;
   const SMStatus converted = SMIPAddrASCIIToNetwork("10.0.0.1", &address);
-  constexpr SMStatus kNotStarted = 17;
   const bool checksum_right = SMCRC32Compute_str("123456789") == 0xCBF43926;
   SMRFC1321Context context;
   SMRFC1321Load(&context);
@@ -49,9 +50,45 @@ bool call_every_family() {
          (converted == SM_STATUS_SUCCESS || converted == kNotStarted) && SUPTGetMajorVersion() == 1;
 }
 
+// Files are not locked and names not found where there is no directory for them; what needs none
+// works.
+bool call_files_and_objects() {
+  uint32_t number = 7;
+  uint32_t size = sizeof number;
+  const bool no_files =
+      SMReadINIPathFileValue("s", "k", SMINI_TYPE_U32, &number, &size, nullptr, 0, "/tmp/x.ini",
+                             1) != SM_STATUS_SUCCESS &&
+      SMWriteINIPathFileValue("s", "k", SMINI_TYPE_UTF8, "v", 2, "/tmp/x.ini", 1) !=
+          SM_STATUS_SUCCESS &&
+      SMReadINIFileValue("s", "k", SMINI_TYPE_U32, &number, &size, nullptr, 0, "x.ini", 1) !=
+          SM_STATUS_SUCCESS &&
+      SMReadINISectionKeyUTF8Value("s", "k", "d", nullptr, "/tmp/x.ini", 1) == nullptr &&
+      SMPropertyFileReadValue("k", SMXLT_TYPE_U32, &number, &size, nullptr, 0, "/tmp/x", 1) !=
+          SM_STATUS_SUCCESS &&
+      SMPropertyFileWriteValue("k", SMXLT_TYPE_UTF8, "v", 2, "/tmp/x", 1) != SM_STATUS_SUCCESS &&
+      SMGetPathByProductIDandType(35, SM_PATH_TYPE_INI, nullptr, &size) ==
+          SM_STATUS_DATA_NOT_FOUND &&
+      SMMakePathFileNameByPID(35, nullptr, "f") == nullptr &&
+      SMGetUCS2StrFromID(1, nullptr, nullptr, nullptr) == 0;
+  const bool no_names = SMMutexCreate("x") == nullptr && SMMutexOpen("x") == nullptr &&
+                        SMSemaphoreCreate("x", 1) == nullptr && SMSemaphoreOpen("x") == nullptr &&
+                        SMEventCreate("x", 1, 1) == nullptr && SMEventOpen("x") == nullptr &&
+                        SMSharedMemCreate("x", 1) == nullptr && SMSharedMemOpen("x") == nullptr;
+  SMMutex* mutex = SMMutexCreate(nullptr);
+  const bool locked = SMMutexLock(mutex, -1) == 0 && SMMutexUnLock(mutex) == 0;
+  SMMutexDestroy(mutex);
+  SMSemaphore* semaphore = SMSemaphoreCreate(nullptr, 1);
+  const bool taken = SMSemaphoreAcquireWait(semaphore, 0) == 0;
+  SMSemaphoreDestroy(semaphore);
+  SMEvent* event = SMEventCreate(nullptr, 1, 1);
+  const bool signalled = SMEventWait(event, 0) == 0;
+  SMEventDestroy(event);
+  return no_files && no_names && locked && taken && signalled && number == 7;
+}
+
 // Takes the registry file of the sandbox away, so that the library's own start fails.
 void before_all_constructors(int, char**, char** environment) {
-  early_calls_worked = call_every_family();
+  early_calls_worked = call_every_family() && call_files_and_objects();
   for (char** variable = environment; *variable != nullptr; ++variable) {
     if (std::strncmp(*variable, "KQSUPT_SANDBOX=", 15) == 0) {
       unlink("/etc/ybreg.cfg");
@@ -73,8 +110,66 @@ TEST(WithoutRegistryFile, ThereIsNone) {
   EXPECT_NE(access("/usr/lib/ext/mavo/ybreg.cfg", F_OK), 0);
 }
 
+TEST(WithoutRegistryFile, AddressesAreNotConverted) {
+  uint32_t address = 7;
+  EXPECT_EQ(SMIPAddrASCIIToNetwork("10.0.0.1", &address), kNotStarted);
+  EXPECT_EQ(SMIPAddrASCIIToNetwork("no address", &address), kNotStarted);
+  EXPECT_EQ(address, 7U);
+  char text[16] = "old";
+  uint32_t size = sizeof text;
+  EXPECT_EQ(SMIPAddrNetworkToASCII(address, text, &size), kNotStarted);
+  EXPECT_EQ(size, sizeof text);
+  size = 0;
+  EXPECT_EQ(SMIPAddrNetworkToASCII(address, text, &size), kNotStarted);
+  EXPECT_EQ(size, 0U);
+  EXPECT_STREQ(text, "old");
+}
+
+TEST(WithoutRegistryFile, TypedValuesOfAddressesAnswerTheSame) {
+  uint32_t address = 7;
+  uint32_t size = sizeof address;
+  EXPECT_EQ(SMXLTUTF8ToTypeValue("10.0.0.1", &address, &size, SMXLT_TYPE_IPV4), kNotStarted);
+  EXPECT_EQ(address, 7U);
+  EXPECT_EQ(size, 4U);
+  size = 3;
+  EXPECT_EQ(SMXLTUTF8ToTypeValue("10.0.0.1", &address, &size, SMXLT_TYPE_IPV4),
+            SM_STATUS_BUFFER_TOO_SMALL)
+      << "the room is looked at first";
+  char text[16] = "old";
+  size = sizeof text;
+  EXPECT_EQ(SMXLTTypeValueToUTF8(&address, 4, text, &size, SMXLT_TYPE_IPV4), kNotStarted);
+  EXPECT_STREQ(text, "old");
+  char parameter[] = "a=10.0.0.1";
+  char* const parameters[] = {parameter};
+  size = sizeof address;
+  EXPECT_EQ(SMNVPUTF8ToTypeValue(1, parameters, "a", 0, &address, &size, SMXLT_TYPE_IPV4),
+            kNotStarted);
+}
+
+TEST(WithoutRegistryFile, NullsAreRefusedBeforeThat) {
+  uint32_t address = 7;
+  char text[16];
+  uint32_t size = sizeof text;
+  EXPECT_EQ(SMIPAddrASCIIToNetwork(nullptr, &address), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMIPAddrASCIIToNetwork("10.0.0.1", nullptr), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMIPAddrNetworkToASCII(address, nullptr, &size), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMIPAddrNetworkToASCII(address, text, nullptr), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMXLTUTF8ToTypeValue(nullptr, &address, &size, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMXLTUTF8ToTypeValue("10.0.0.1", nullptr, &size, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMXLTUTF8ToTypeValue("10.0.0.1", &address, nullptr, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMXLTTypeValueToUTF8(nullptr, 4, text, &size, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMXLTTypeValueToUTF8(&address, 4, text, nullptr, SMXLT_TYPE_IPV4),
+            SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(size, sizeof text);
+}
+
 TEST(WithoutRegistryFile, EveryFamilyAnswers) {
   EXPECT_TRUE(call_every_family());
+  EXPECT_TRUE(call_files_and_objects());
 }
 
 }  // namespace

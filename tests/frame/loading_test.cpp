@@ -7,8 +7,10 @@
 #include <fstream>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "gtest/gtest.h"
+#include "support/program.h"
 
 namespace {
 
@@ -64,6 +66,25 @@ TEST(Loading, AHundredTimesLeavesNothingBehind) {
     ASSERT_TRUE(load_and_unload()) << "at load " << i;
   }
   EXPECT_EQ(holdings(), before);
+}
+
+// A process that ends with the library loaded stops it on its way out.
+void expect_clean_end(const std::vector<std::string>& more) {
+  std::vector<std::string> command = {kqsupt::tests::built_program("leaves-loaded"),
+                                      KQSUPT_LIB_DIR "/libkqsupt.so.9"};
+  command.insert(command.end(), more.begin(), more.end());
+  const kqsupt::tests::Outcome outcome = kqsupt::tests::run(command);
+  EXPECT_EQ(outcome.exit_status, 0);
+  EXPECT_EQ(outcome.signal, 0);
+  EXPECT_EQ(outcome.out + outcome.err, "");
+}
+
+TEST(Loading, AProcessMayEndWithoutUnloading) {
+  expect_clean_end({});
+}
+
+TEST(Loading, AProcessMayEndOnAnotherThreadWithoutUnloading) {
+  expect_clean_end({"on a thread"});
 }
 
 }  // namespace

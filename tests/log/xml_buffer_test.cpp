@@ -219,6 +219,21 @@ TEST_F(XmlBuffer, WritesTextAsItIsUnlessItIsToBeEscaped) {
   }
 }
 
+TEST_F(XmlBuffer, AnEscapeLevelAboveSixteenCountsAsSixteen) {
+  std::string sixteen = "&";
+  for (int level = 0; level < 16; ++level) {
+    sixteen += "amp;";
+  }
+  const ustring ucs2[] = {'&', 0};
+  for (const uint8_t level : {uint8_t{16}, uint8_t{17}, uint8_t{255}}) {
+    const SMXGValueFormat format{0, level};
+    buffer_ = new_buffer();
+    EXPECT_EQ(value("&", 0, SMXLT_TYPE_UTF8, &format), SM_STATUS_SUCCESS);
+    EXPECT_EQ(value(ucs2, 0, SMXLT_TYPE_UCS2, &format), SM_STATUS_SUCCESS);
+    EXPECT_EQ(content(buffer_), sixteen + sixteen) << int{level};
+  }
+}
+
 TEST_F(XmlBuffer, TextHasTheSizeThatItIsGiven) {
   const Guarded<char> text("abc", 3);
   EXPECT_EQ(value(text.data(), 4, SMXLT_TYPE_UTF8), SM_STATUS_SUCCESS);

@@ -12,14 +12,10 @@
 
 namespace {
 
+using kqsupt::tests::cut_to_every_size;
 using kqsupt::tests::expected;
 using kqsupt::tests::formatted;
-
-// Fewer where each case takes a hundred times as long.
-uint32_t number_of_cases() {
-  const char* emulator = std::getenv("KQSUPT_RUNNER");
-  return emulator != nullptr && *emulator != '\0' ? 25000 : 1500000;
-}
+using kqsupt::tests::is_emulated;
 
 class Random {
  public:
@@ -137,12 +133,23 @@ void expect_like_the_c_library(const Form& form, double value) {
 
 TEST(FormatDouble, RandomCasesAreWhatTheCLibraryGives) {
   Random random;
-  const uint32_t cases = number_of_cases();
+  const uint32_t cases = is_emulated() ? 25000 : 1500000;
   for (uint32_t i = 0; i < cases && !HasFailure(); ++i) {
     const Form form = any_form(random);
     expect_like_the_c_library(form, any_double(random));
   }
   std::printf("[   FACT   ] %u random doubles in random forms like the C library's\n", cases);
+}
+
+TEST(FormatDouble, RandomCasesAreCutToEverySizeOfTheBuffer) {
+  Random random;
+  const uint32_t cases = is_emulated() ? 2000 : 100000;
+  for (uint32_t i = 0; i < cases; ++i) {
+    const Form form = any_form(random);
+    const double value = any_double(random);
+    ASSERT_TRUE(cut_to_every_size(expected_form(form, value), form.format().c_str(), value));
+  }
+  std::printf("[   FACT   ] %u random doubles cut to every size\n", cases);
 }
 
 TEST(FormatDouble, EveryPrecisionIsExact) {

@@ -10,9 +10,11 @@
 
 namespace {
 
+using kqsupt::tests::cut_to_every_size;
 using kqsupt::tests::expected;
 using kqsupt::tests::formatted;
 using kqsupt::tests::Guarded;
+using kqsupt::tests::is_emulated;
 
 struct Size {
   std::string ours;
@@ -112,6 +114,23 @@ TEST(FormatInteger, WidthAndPrecisionArgumentsAreWhatTheCLibraryMakesOfThem) {
       }
     }
   }
+}
+
+TEST(FormatInteger, EveryCombinationIsCutToEverySizeOfTheBuffer) {
+  // A stride that has no factor in common with any list leaves none of their entries out.
+  const uint32_t stride = is_emulated() ? 173 : 1;
+  uint64_t combinations = 0;
+  uint64_t taken = 0;
+  for_each_pair_of_formats([&](const std::string& ours, const std::string& c_library) {
+    for (const int32_t value : kValues) {
+      if (combinations++ % stride == 0) {
+        ASSERT_TRUE(cut_to_every_size(expected(c_library.c_str(), value), ours.c_str(), value));
+        ++taken;
+      }
+    }
+  });
+  std::printf("[   FACT   ] %llu combinations of integer conversions cut to every size\n",
+              static_cast<unsigned long long>(taken));
 }
 
 TEST(FormatInteger, SubsetIsTheSameAtEverySizeOfTheBuffer) {

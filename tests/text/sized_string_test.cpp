@@ -1,5 +1,7 @@
 // Sized strings of both kinds: one list of facts, run over each.
 
+#include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -119,6 +121,26 @@ TYPED_TEST(SizedString, GrowsByAQuarterFromOneMebibyteOn) {
   this->cat(full);
   this->cat("yy");
   EXPECT_EQ(this->string_.capacity, 0x1FFFFEU);
+}
+
+// The product of the growth target has 32 bits: from one byte on it wraps, and what is needed counts.
+TYPED_TEST(SizedString, GrowsToWhatIsNeededWhereAQuarterMoreWraps) {
+  constexpr uint32_t kLast = 34359738;
+  // Zeros that nobody writes take no memory.
+  const std::unique_ptr<void, decltype(&std::free)> zeros(std::calloc(kLast + 2, 1), std::free);
+  ASSERT_NE(zeros, nullptr);
+  for (const uint32_t more : {0U, 2U}) {
+    const uint32_t capacity = kLast + more;
+    const uint32_t units = capacity / this->kUnit - 1;
+    const auto* text = static_cast<const typename TypeParam::Unit*>(zeros.get());
+    ASSERT_NE(TypeParam::alloc(&this->string_, capacity), nullptr);
+    TypeParam::cat(&this->string_, text, units);
+    ASSERT_EQ(this->string_.capacity, capacity);
+    TypeParam::cat(&this->string_, text, 1);
+    EXPECT_EQ(this->string_.length, units + 1);
+    EXPECT_EQ(this->string_.capacity, more == 0 ? 42949672U : capacity + this->kUnit);
+    TypeParam::free(&this->string_);
+  }
 }
 
 TYPED_TEST(SizedString, AppendsExactlyNUnits) {

@@ -333,6 +333,15 @@ TEST(TextToText, CopiesUtf8WithItsTerminator) {
   expect_bytes("", SMXLT_TYPE_UTF8, {0});
 }
 
+TEST(TextToText, Ucs2ThatDoesNotFitIsWrittenAsFarAsItDoes) {
+  ustring units[3] = {7, 7, 7};
+  uint32_t size = 4;
+  EXPECT_EQ(SMXLTUTF8ToTypeValue("abc", units, &size, SMXLT_TYPE_UCS2), SM_STATUS_BUFFER_TOO_SMALL);
+  EXPECT_EQ(units[0], 'a');
+  EXPECT_EQ(units[1], 'b');
+  EXPECT_EQ(units[2], 7);
+}
+
 TEST(TextToText, ConvertsToUcs2WithTheConvertersStatusAndSize) {
   ustring units[4] = {};
   uint32_t size = 6;
@@ -528,6 +537,33 @@ TEST(TextValueToText, IsCopiedAsItIs) {
   EXPECT_EQ(cut.size, 3U);
 }
 
+TEST(TextValueToText, OfNoBytesIsNothing) {
+  for (const uint32_t room : {0U, 3U}) {
+    const Written none = write("abc", 0, SMXLT_TYPE_UTF8, room);
+    EXPECT_EQ(none.status, SM_STATUS_SUCCESS);
+    EXPECT_EQ(none.size, 0U);
+    EXPECT_EQ(none.text, std::string(room, 0x55));
+  }
+  uint32_t size = 7;
+  EXPECT_EQ(SMXLTTypeValueToUTF8("abc", 0, nullptr, &size, SMXLT_TYPE_UTF8),
+            SM_STATUS_BUFFER_TOO_SMALL);
+  EXPECT_EQ(size, 0U);
+}
+
+TEST(TextValueToText, IsCopiedWithWhatFollowsAnInnerTerminator) {
+  const std::string value("ab\0cd", 6);
+  for (uint32_t room = 0; room < 6; ++room) {
+    const Written small = write(value.data(), 6, SMXLT_TYPE_UTF8, room);
+    EXPECT_EQ(small.status, SM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(small.size, 6U);
+    EXPECT_EQ(small.text, std::string(room, 0x55));
+  }
+  const Written written = write(value.data(), 6, SMXLT_TYPE_UTF8, 6);
+  EXPECT_EQ(written.status, SM_STATUS_SUCCESS);
+  EXPECT_EQ(written.text, value);
+  EXPECT_EQ(written.size, 3U) << "that of the text up to its terminator";
+}
+
 TEST(TextValueToText, FromUcs2IsTheConverters) {
   const ustring value[] = {0xE9, 0};
   EXPECT_EQ(write(value, 4, SMXLT_TYPE_UCS2, 3).text, std::string("\xC3\xA9\0", 3));
@@ -556,6 +592,16 @@ TEST(HexBytesToText, ArePairsOfAtMostSixtyThreeBytes) {
   EXPECT_EQ(written.status, SM_STATUS_SUCCESS);
   EXPECT_EQ(written.size, 127U);
   EXPECT_STREQ(written.text.c_str(), expected.c_str());
+}
+
+TEST(HexBytesToText, AreTheSameInEveryFormat) {
+  const uint8_t value[] = {0x0A, 0xFF};
+  for (const uint32_t format : {0x0000U, 0x0100U, 0x0200U, 0x0300U, 0x0400U, 0x0500U, 0xFF00U}) {
+    const Written written = write(value, 2, SMXLT_TYPE_HEX_BYTES | format, 5);
+    EXPECT_EQ(written.status, SM_STATUS_SUCCESS) << format;
+    EXPECT_STREQ(written.text.c_str(), "0AFF") << format;
+    EXPECT_EQ(written.size, 5U) << format;
+  }
 }
 
 TEST(HexBytesToText, SucceedWithoutAnEffectWhenTheRoomIsTooSmall) {
