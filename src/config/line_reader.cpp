@@ -10,7 +10,9 @@ namespace kqsupt::config {
 bool LineReader::next(std::string_view& line) {
   do {
     const size_t look = std::min(static_cast<size_t>(end_ - begin_), kLongestLine);
-    const auto* end = static_cast<const char*>(std::memchr(begin_, '\n', look));
+    // An empty content need not be anywhere.
+    const void* found = look != 0 ? std::memchr(begin_, '\n', look) : nullptr;
+    const auto* end = static_cast<const char*>(found);
     if (end == nullptr && look < kLongestLine && file_ != nullptr) {
       continue;
     }

@@ -98,24 +98,48 @@ class LoadingWithoutMemory : public testing::Test {
   }
   ~LoadingWithoutMemory() override { std::filesystem::remove_all(other_ipc_directory_); }
 
-  void load_with_every_allocation_failing(Fault fault) {
+  void use(void* library) const {
+    expect_answers(library);
+    expect_answers_of_what_starts(library, file_);
+    expect_named_objects_or_none(library);
+  }
+
+  // Loads the library with the n-th allocation failing, and unloads it. False when it was loaded with
+  // fewer. `*lost` receives the number of blocks that stay.
+  bool load_with_failure(uint64_t n, Fault fault, bool* loaded, int64_t* lost) const {
+    // The loader keeps what it said of a failure until it has been asked twice.
+    dlerror();
+    dlerror();
+    const int64_t live_before = live_blocks();
+    fail_allocation(n, fault);
+    void* library = dlopen(KQSUPT_LIB_DIR "/libkqsupt.so.9", RTLD_NOW);
+    const bool reached = stop_failing() >= n;
+    *loaded = library != nullptr;
+    if (library != nullptr) {
+      use(library);
+      dlclose(library);
+      *lost = live_blocks() - live_before;
+    } else {
+      // The loader itself needs memory too, and says so.
+      EXPECT_TRUE(reached) << dlerror();
+      *lost = 0;
+    }
+    return reached;
+  }
+
+  void load_with_every_allocation_failing(Fault fault) const {
     uint64_t started_without_memory = 0;
     bool reached = true;
+    bool loaded = false;
+    int64_t lost = 0;
+    // What the loader and the C library keep from the first time on is theirs.
+    load_with_failure(UINT64_MAX, fault, &loaded, &lost);
     for (uint64_t n = 1; reached; ++n) {
       SCOPED_TRACE("allocation " + std::to_string(n));
-      fail_allocation(n, fault);
-      void* library = dlopen(KQSUPT_LIB_DIR "/libkqsupt.so.9", RTLD_NOW);
-      reached = stop_failing() >= n;
-      if (library != nullptr) {
-        expect_answers(library);
-        expect_answers_of_what_starts(library, file_);
-        expect_named_objects_or_none(library);
-        dlclose(library);
-        started_without_memory += reached ? 1 : 0;
-      } else {
-        // The loader itself needs memory too, and says so.
-        ASSERT_TRUE(reached) << dlerror();
-      }
+      load_with_failure(n, fault, &loaded, &lost);
+      reached = load_with_failure(n, fault, &loaded, &lost);
+      EXPECT_EQ(lost, 0) << "blocks lost";
+      started_without_memory += loaded && reached ? 1 : 0;
     }
     EXPECT_GE(started_without_memory, 1U) << "the start of the library allocates nothing";
   }

@@ -11,6 +11,7 @@
 namespace {
 
 void* library = nullptr;
+SMMutex* mutex = nullptr;  // held to the end
 
 template <class Function>
 Function* function(const char* name) {
@@ -27,7 +28,7 @@ Function* function(const char* name) {
 bool use() {
   char text[300];
   uint32_t size = sizeof text;
-  SMMutex* mutex = function<decltype(SMMutexCreate)>("SMMutexCreate")("leaves loaded");
+  mutex = function<decltype(SMMutexCreate)>("SMMutexCreate")("leaves loaded");
   SMSemaphore* semaphore =
       function<decltype(SMSemaphoreCreate)>("SMSemaphoreCreate")("leaves loaded", 1);
   const bool used =
