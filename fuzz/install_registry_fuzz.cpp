@@ -21,15 +21,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
           SM_STATUS_DATA_NOT_FOUND);
   const std::unique_ptr<char[]> buffer(new char[capacity]);
   char* const room = capacity != 0 ? buffer.get() : nullptr;
+  // One type of each product: every path that is not found has the registry read again.
+  const uint32_t type = 2U << capacity % 7;
   for (const int32_t product : {-1, 33, 34, 35, 44, 45, 88}) {
-    for (uint32_t type = 2; type <= 128; type *= 2) {
-      path_size = capacity;
-      const SMStatus status = SMGetPathByProductIDandType(product, type, room, &path_size);
-      require(status != SM_STATUS_SUCCESS || path_size <= capacity);
-      require(status != SM_STATUS_BUFFER_TOO_SMALL || path_size > capacity);
-      require((status != SM_STATUS_DATA_NOT_FOUND && status != SM_STATUS_OPERATION_FAILED) ||
-              path_size == 0);
-      SMFreeMem(SMMakePathFileNameByPIDAndType(product, type, "sub", "file"));
+    path_size = capacity;
+    const SMStatus status = SMGetPathByProductIDandType(product, type, room, &path_size);
+    require(status != SM_STATUS_SUCCESS || path_size <= capacity);
+    require(status != SM_STATUS_BUFFER_TOO_SMALL || path_size > capacity);
+    const bool is_none = status == SM_STATUS_DATA_NOT_FOUND || status == SM_STATUS_OPERATION_FAILED;
+    require(!is_none || path_size == 0);
+    if (!is_none) {
+      char* made = SMMakePathFileNameByPIDAndType(product, type, "sub", "file");
+      require(made != nullptr && std::strstr(made, "/sub/file") != nullptr);
+      SMFreeMem(made);
     }
   }
   const auto text = input.text();

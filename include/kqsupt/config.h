@@ -317,7 +317,8 @@ KQSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t* lang
 /* The same from the library's own file, kqsdst32.ini in the directory for INI files of the family,
  * as UCS-2. IDs from BaseID to BaseID + oemRange are first counted on by offset: numbers that the
  * section "OEM Configuration" of kqisdy32.ini there may give, else 2304, 32 and 0. They are read
- * once for the process.
+ * once for the process, at the first call that has the memory and finds the directory, and again
+ * after a BaseID of 0.
  *
  * Returns the size of the text in bytes, which `*size` receives too. Without `ucs2Buffer` or `size`
  * it is the size of the text in UTF-8. When `*size` is less than twice that, nothing is written and

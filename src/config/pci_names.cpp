@@ -97,8 +97,7 @@ class Search {
         if (device_found_) {
           return false;
         }
-        now_.device = record.id;
-        now_.sub_vendor = kNone;
+        now_.device = record.id;  // the maker stays: only a vendor ends what it applies to
         device_found_ = is_device();
         copy_device_name(record.name, device_found_);
         break;

@@ -10,6 +10,7 @@
 #include "config/ini_file.h"
 #include "config/install_paths.h"
 #include "frame/heap.h"
+#include "frame/status.h"
 #include "ipc/local_mutex.h"
 #include "text/conversion.h"
 
@@ -82,12 +83,18 @@ struct Range {
 constinit ipc::LocalMutex range_mutex;
 constinit Range known_range;
 
-uint32_t read_number(const char* key, uint32_t fallback) {
-  uint32_t number = fallback;
-  uint32_t size = sizeof number;
-  (void)read_own_ini_value("OEM Configuration", key, SMINI_TYPE_U32, &number, &size, &fallback,
-                           sizeof fallback, "kqisdy32.ini", true);
-  return number;
+// False, with the number as it was, when neither a number nor that there is none could be found out:
+// memory was short, or the product has no directory for INI files.
+bool read_number(const char* key, uint32_t* number) {
+  uint32_t read = *number;
+  uint32_t size = sizeof read;
+  const SMStatus status = read_own_ini_value("OEM Configuration", key, SMINI_TYPE_U32, &read, &size,
+                                             number, sizeof *number, "kqisdy32.ini", true);
+  if (status == SM_STATUS_NO_MEMORY || status == frame::kFailed) {
+    return false;
+  }
+  *number = read;
+  return true;
 }
 
 Range current_range() {
@@ -97,8 +104,12 @@ Range current_range() {
       return known_range;
     }
   }
-  const Range range{read_number("BaseID", 2304), read_number("oemRange", 32),
-                    read_number("offset", 0)};
+  constexpr Range kUsual{2304, 32, 0};
+  Range range = kUsual;
+  if (!read_number("BaseID", &range.base) || !read_number("oemRange", &range.size) ||
+      !read_number("offset", &range.offset)) {
+    return kUsual;  // for this time: a moment's lack must not decide for the whole process
+  }
   const ipc::LocalMutexGuard guard(range_mutex);
   known_range = range;
   return range;

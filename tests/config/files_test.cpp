@@ -4,9 +4,11 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "gtest/gtest.h"
 #include "kqsupt.h"
@@ -21,6 +23,29 @@ using kqsupt::tests::put;
 using kqsupt::tests::Scratch;
 
 constexpr SMStatus kFailed = 0xFFFFFFFF;
+
+// The generator of the C library, in which a test may fix what is drawn.
+struct Generator {
+  bool is_fixed = false;
+  int fixed = 0;
+  int drawn = 0;
+  int seeded = 0;
+};
+Generator generator;
+
+}  // namespace
+
+// These come before the C library's own, also for the library.
+extern "C" int rand() noexcept {
+  ++generator.drawn;
+  return generator.is_fixed ? generator.fixed : static_cast<int>(random());
+}
+extern "C" void srand(unsigned seed) noexcept {
+  ++generator.seeded;
+  srandom(seed);
+}
+
+namespace {
 
 TEST(Directories, AreMadeOneLevelAtATime) {
   const Scratch scratch;
@@ -111,6 +136,49 @@ TEST(TemporaryName, HasEightLettersAndDigits) {
   }
   EXPECT_GT(names.size(), 95U);
   EXPECT_EQ(scratch.names().size(), 0U);
+}
+
+TEST(TemporaryName, IsDrawnModulo62FromAGeneratorThatIsSeededOnce) {
+  const Scratch scratch;
+  const std::string directory = scratch.file(".");
+  const std::pair<int, const char*> kDrawn[] = {
+      {0, "aaaaaaaa"},  {25, "zzzzzzzz"}, {26, "AAAAAAAA"},           {51, "ZZZZZZZZ"},
+      {52, "00000000"}, {61, "99999999"}, {62 * 1000 + 1, "bbbbbbbb"}};
+  for (const auto& [fixed, expected] : kDrawn) {
+    char name[9] = "";
+    uint32_t size = sizeof name;
+    generator.is_fixed = true;
+    generator.fixed = fixed;
+    EXPECT_EQ(SMGetTmpFile(directory.c_str(), name, &size), 0U);
+    generator.is_fixed = false;
+    EXPECT_STREQ(name, expected);
+  }
+  EXPECT_EQ(generator.seeded, 1);
+}
+
+TEST(TemporaryName, IsTriedForAHundredTimes) {
+  const Scratch scratch;
+  const std::string directory = scratch.file(".");
+  put(scratch.file("aaaaaaaa"), "");
+  char name[9] = "~";
+  uint32_t size = sizeof name;
+  generator = {true, 0, 0, generator.seeded};
+  EXPECT_EQ(SMGetTmpFile(directory.c_str(), name, &size), kFailed);
+  generator.is_fixed = false;
+  EXPECT_EQ(generator.drawn, 800);
+  EXPECT_STREQ(name, "~");
+}
+
+TEST(TemporaryName, IsFreeInADirectoryWithALongName) {
+  const Scratch scratch;
+  const std::string directory = scratch.file(std::string(255, 'd'));
+  ASSERT_EQ(SMMkDir(directory.c_str()), 0U);
+  put(directory + "/aaaaaaaa", "");
+  char name[9] = "~";
+  uint32_t size = sizeof name;
+  generator.is_fixed = true;
+  EXPECT_EQ(SMGetTmpFile(directory.c_str(), name, &size), kFailed);
+  generator.is_fixed = false;
 }
 
 TEST(TemporaryName, NeedsNineBytes) {

@@ -192,6 +192,40 @@ TEST_F(InstallPaths, AValueOfMoreThan255BytesIsNone) {
   EXPECT_EQ(path(35, 64), q);
 }
 
+TEST_F(InstallPaths, ALineOfMoreThan8450BytesIsSeveral) {
+  const std::string a = make("a");
+  const std::string b = make("b");
+  const std::string line = "Quillance.installpath=" + a + "\nQuillance.installpath=" + b + "\n";
+  use_registry(std::string(8450, 'x') + line);
+  EXPECT_EQ(path(35, 2), a);
+  use_registry(std::string(2 * 8450, ';') + line);
+  EXPECT_EQ(path(35, 2), a);
+  use_registry(std::string(8449, 'x') + line);
+  EXPECT_EQ(path(35, 2), b);
+  use_registry(std::string(8451, 'x') + line);
+  EXPECT_EQ(path(35, 2), b);
+}
+
+TEST_F(InstallPaths, AnEmptyValueIsNoPathAndHidesWhatFollows) {
+  const std::string q = make("q");
+  use_registry("Quillance.installpath=" + q + "\nQuillance.logpath= \t\nQuillance.logpath=" + q +
+               "\n");
+  EXPECT_EQ(path(35, 8), "status 256");
+  EXPECT_EQ(path(35, 2), q);
+  use_registry("Quillance.installpath=\nQuillance.logpath=" + q + "\n");
+  EXPECT_EQ(path(35, 8), q);
+  EXPECT_EQ(path(35, 64), "status 256");
+}
+
+TEST_F(InstallPaths, ATooLongInstallPathIsNoneAndTheFamilysFallsBack) {
+  const std::string k = make("f/k");
+  const std::string too_long = "/" + std::string(255, 'd');
+  use_registry("tovu.installpath=" + too_long + "\nKelvane.installpath=" + k +
+               "\nQuillance.installpath=" + too_long + "\n");
+  EXPECT_EQ(path(-1, 2), scratch_.file("f"));
+  EXPECT_EQ(path(35, 2), "status 256");
+}
+
 TEST_F(InstallPaths, TheFamilysPathsFallBackOnThoseOfOthers) {
   const std::string f = make("f");
   const std::string k = make("f/k");
@@ -228,6 +262,39 @@ TEST_F(InstallPaths, TheEnvironmentOverridesAnInstallPath) {
   setenv("quillanceinstallpath", "", 1);
   use_registry(registry);
   EXPECT_EQ(path(35, 2), upper);
+}
+
+TEST_F(InstallPaths, TheEnvironmentIsAskedOnlyWhenTheTableIsMade) {
+  const std::string q = make("q");
+  const std::string given = make("given");
+  use_registry("Quillance.installpath=" + q + "\n");
+  setenv("QUILLANCEINSTALLPATH", given.c_str(), 1);
+  EXPECT_EQ(path(35, 2), q);
+  EXPECT_EQ(path(33, 2), "status 256");
+  EXPECT_EQ(path(35, 2), given);
+}
+
+TEST_F(InstallPaths, AnOverrideIsTakenAsItIs) {
+  const std::string given = make("given") + "/";
+  setenv("quillanceinstallpath", given.c_str(), 1);
+  use_registry("Quillance.installpath=/no/such\n");
+  EXPECT_EQ(path(35, 2), given);
+  EXPECT_EQ(path(35, 64), given);
+}
+
+TEST_F(InstallPaths, OverridesDoNotReachTheFamilysFallbacks) {
+  const std::string k = make("f/k");
+  setenv("kelvaneinstallpath", make("g/k").c_str(), 1);
+  use_registry("Kelvane.installpath=" + k + "\n");
+  EXPECT_EQ(path(34, 2), scratch_.file("g/k"));
+  EXPECT_EQ(path(-1, 2), scratch_.file("f"));
+  setenv("tovuinstallpath", make("t").c_str(), 1);
+  use_registry("Kelvane.installpath=" + k + "\n");
+  EXPECT_EQ(path(-1, 2), scratch_.file("t"));
+  // The registry's own fallbacks come before the install path.
+  EXPECT_EQ(path(-1, 8), scratch_.file("f"));
+  unsetenv("tovuinstallpath");
+  unsetenv("kelvaneinstallpath");
 }
 
 TEST_F(InstallPaths, ARegistryMayHoldAnything) {

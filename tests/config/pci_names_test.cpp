@@ -44,7 +44,7 @@ constexpr char kDevices[] =
     "O\t1015\tOther maker\r\n"
     "S\t005C\tOther board ; comment\n"
     "D\t1230\tNext\n"
-    "S\t005C\tNo board\n"
+    "S\t005C\tBoard of the maker before\n"
     "v\t\t9005\t\tAdapters\textra\n"
     "d\t10\tShort\n"
     "V\t8086\tAgain\nD\t7777\tToo late\n";
@@ -62,7 +62,46 @@ TEST_F(PciNames, ABoardOrItsMakerGivesTheDeviceItsName) {
   EXPECT_EQ(find(0x8086, 0x1229, 0x1014, 0x5D), "0: Integrated / Board maker");
   EXPECT_EQ(find(0x8086, 0x1229, 0x1015, 0x5C), "0: Integrated / Other board ");
   EXPECT_EQ(find(0x8086, 0x1229, 0x1015, 0), "0: Integrated / Other maker");
-  EXPECT_EQ(find(0x8086, 0x1230, 0x1015, 0x5C), "0: Integrated / Next");
+}
+
+TEST_F(PciNames, AMakerAppliesUntilTheNextOneOrTheNextVendor) {
+  put(path_, kDevices);
+  EXPECT_EQ(find(0x8086, 0x1230, 0x1015, 0x5C), "0: Integrated / Board of the maker before");
+  EXPECT_EQ(find(0x8086, 0x1230, 0x1014, 0x5C), "0: Integrated / Next");
+  put(path_, "V\t1\tfirst\nD\t1\tdevice\nO\t3\tmaker\nV\t2\tsecond\nD\t1\tother\nS\t4\tboard\n");
+  EXPECT_EQ(find(2, 1, 3, 4), "0: second / other");
+}
+
+TEST_F(PciNames, AVendorEndsWhatTheDeviceBeforeAppliesTo) {
+  put(path_, "V\t1\tfirst\nD\t7\tdevice\nV\t2\tsecond\nO\t3\tmaker\nD\t7\tother\n");
+  EXPECT_EQ(find(2, 7, 3, 0), "0: second / other");
+}
+
+TEST_F(PciNames, ALineOfMoreThan8450BytesIsSeveral) {
+  put(path_, "V\t1\tvendor\n" + std::string(8450, ';') + "D\t2\tdevice\n");
+  EXPECT_EQ(find(1, 2), "0: vendor / device");
+  put(path_, "V\t1\tvendor\n" + std::string(8449, ';') + "D\t2\tdevice\n");
+  EXPECT_EQ(find(1, 2), "7: vendor / ");
+}
+
+TEST_F(PciNames, AFileMayHoldAnything) {
+  using std::string_literals::operator""s;
+  for (const std::string& text : {""s, "\n"s, "\t\t\t\t"s, std::string(100000, '\t'), "\0\0"s,
+                                  "V\t1\t\0vendor"s, std::string(100000, 'V')}) {
+    put(path_, text);
+    EXPECT_EQ(find(1, 2), "7:  / ");
+  }
+  put(path_,
+      "V\t1\tvendor\n" + std::string(20, '\t') + "x\n" + "D\t2\tdevice\tmore\tthan\tis\tread");
+  EXPECT_EQ(find(1, 2), "0: vendor / device");
+}
+
+TEST_F(PciNames, ADirectoryOrAPipeHasNone) {
+  ASSERT_EQ(mkdir(path_.c_str(), 0700), 0);
+  EXPECT_EQ(find(1, 2), "7:  / ");
+  ASSERT_EQ(rmdir(path_.c_str()), 0);
+  ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+  EXPECT_EQ(find(1, 2), "7:  / ");
 }
 
 TEST_F(PciNames, TheSearchEndsAtTheVendorBehindTheWantedOne) {

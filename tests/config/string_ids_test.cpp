@@ -1,5 +1,6 @@
 // Texts by number, in a language or else in the default one.
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -123,6 +124,12 @@ TEST(OwnStringIds, AreMappedFromTheRangeThatIsReadOnce) {
       "e\n0:6=bad\xFF\n0:7=" +
           std::string(1023, 'x') + "\n0:8=" + std::string(1024, 'x') +
           "\n[MISCELLANEOUS STRING ID SECTION]\n407:5=deutsch\n");
+  // As long as the directory of the file is not there, nothing is known of the range.
+  put(own_file("kqisdy32.ini"), "[OEM Configuration]\noffset=4096\n");
+  const std::string directory = std::getenv("KQSUPT_SANDBOX") + "/install/Quillance/ini"s;
+  ASSERT_EQ(std::rename(directory.c_str(), (directory + "x").c_str()), 0);
+  EXPECT_EQ(own_text(0x900), "");
+  ASSERT_EQ(std::rename((directory + "x").c_str(), directory.c_str()), 0);
   // A base of 0 has the file read again.
   put(own_file("kqisdy32.ini"), "[OEM Configuration]\nBaseID=0\noemRange=1\noffset=1\n");
   EXPECT_EQ(own_text(0x8FF), "before");

@@ -470,6 +470,27 @@ struct Texts : File {
   Texts() : File("[ASCII EN_US DEFAULT STRING ID SECTION]\n0:1F=text\n") { fill(); }
 };
 
+// The library's own texts. A BaseID of 0 has every look-up read the range again.
+struct OwnTexts {
+  OwnTexts() {
+    put(directory() + "kqsdst32.ini", "[ASCII EN_US DEFAULT STRING ID SECTION]\n0:1F=text\n");
+    put(directory() + "kqisdy32.ini", "[OEM Configuration]\nBaseID=0\n");
+    descriptors = open_descriptors();
+  }
+  ~OwnTexts() {
+    std::filesystem::remove(directory() + "kqsdst32.ini");
+    std::filesystem::remove(directory() + "kqisdy32.ini");
+  }
+  OwnTexts(const OwnTexts&) = delete;
+  OwnTexts& operator=(const OwnTexts&) = delete;
+  static std::string directory() {
+    return std::string(std::getenv("KQSUPT_SANDBOX")) + "/install/Quillance/ini/ini/";
+  }
+  [[nodiscard]] bool begins_with(char letter) const { return buffer[0] == letter; }
+  ustring buffer[32] = {};
+  int descriptors;
+};
+
 // A name that is not found is empty, also for want of memory.
 struct Devices : File {
   Devices() : File("V\t8086\tVendor\nD\t1234\tDevice\n") { fill(); }
@@ -492,6 +513,23 @@ std::vector<Row> other_rows() {
             return is_told ? SMStatus{SM_STATUS_NO_MEMORY} : SMStatus{SM_STATUS_UNSUCCESSFUL};
           },
           [](Texts& state) { return state.unchanged(); }),
+      // It says so here too, or there is no text at all; and where only the range cannot be read, the
+      // usual one serves.
+      row<OwnTexts>(
+          "SMGetUCS2StrFromID", {{SM_STATUS_NO_MEMORY, 0}, {SM_STATUS_SUCCESS, 0}},
+          [](OwnTexts& state) {
+            uint32_t size = sizeof state.buffer;
+            const uint32_t result = SMGetUCS2StrFromID(0x1F, nullptr, state.buffer, &size);
+            if (result == 10 && state.begins_with('t')) {
+              return SMStatus{SM_STATUS_SUCCESS};
+            }
+            const bool is_told = result == 52 && state.begins_with('F');
+            const bool is_none = result == 0 && state.begins_with('\0');
+            state.buffer[0] = 0;
+            return is_told || is_none ? SMStatus{SM_STATUS_NO_MEMORY}
+                                      : SMStatus{SM_STATUS_UNSUCCESSFUL};
+          },
+          [](OwnTexts& state) { return open_descriptors() == state.descriptors; }),
       row<Devices>(
           "SMReadPCIDevFile", kNoMemory,
           [](Devices& state) {
@@ -515,6 +553,8 @@ std::vector<Row> config_rows() {
     own.size = sizeof own.buffer;
     (void)SMReadINIFileValue("first", "key", SMINI_TYPE_UTF8, own.buffer, &own.size, nullptr, 0,
                              "rows.ini", 1);
+    const OwnTexts texts;
+    (void)SMGetUCS2StrFromID(0x1F, nullptr, nullptr, nullptr);
   }
   // What the rows themselves make at their first use.
   languages();
