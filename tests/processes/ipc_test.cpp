@@ -9,7 +9,9 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fstream>
 #include <map>
 #include <set>
@@ -20,14 +22,18 @@
 #include "gtest/gtest.h"
 #include "ipc/named.h"
 #include "kqsupt/ipc.h"
+#include "processes/account.h"
 #include "support/background.h"
+#include "support/scratch.h"
 
 namespace {
 
+using kqsupt::tests::Account;
 using kqsupt::tests::Background;
 using kqsupt::tests::built_program;
 using kqsupt::tests::content_of;
 using kqsupt::tests::decorated;
+using kqsupt::tests::lock_file_of_path;
 using kqsupt::tests::put;
 using kqsupt::tests::registered_key;
 using kqsupt::tests::registry;
@@ -68,22 +74,65 @@ TEST_F(Processes, CountUnderOneMutexWithoutLosingAny) {
   SMMutexDestroy(mutex);
 }
 
+// Party 0 are the holders, 1 to 3 wait while one is killed, 4 is the test, which comes after it.
 TEST_F(Processes, GetAMutexWhoseHolderWasKilled) {
+  // A holder takes the emulator a hundred milliseconds to start.
   const uint32_t kills = scaled(200, 100);
   SMMutex* mutex = SMMutexCreate("killed");
-  uint32_t sum = 0;
-  for (uint32_t i = 0; i < kills; ++i) {
-    Background holder = worker({"hold", "killed"});
-    ASSERT_EQ(holder.read_line(), "held");
-    usleep(i * 37 % 4000);
-    holder.kill();
-    // Such a wait is over after a hundred milliseconds.
-    ASSERT_EQ(SMMutexLock(mutex, 400), SM_STATUS_SUCCESS) << i;
-    ++sum;
-    ASSERT_EQ(SMMutexUnLock(mutex), SM_STATUS_SUCCESS);
+  SMSharedMem* memory = SMSharedMemCreate("killed", sizeof(Account));
+  auto* const account = static_cast<Account*>(SMSharedMemGetAddressPtr(memory));
+  SMSemaphore* done = SMSemaphoreCreate("killed done", 0);
+  std::vector<SMSemaphore*> go;
+  std::vector<Background> waiting;
+  // The system wakes those that wait without limit; those with one try again each millisecond.
+  const char* const timeouts[] = {"-1", "4000", "60000"};
+  for (uint32_t i = 0; i < 3; ++i) {
+    const std::string party = std::to_string(i + 1);
+    go.push_back(SMSemaphoreCreate(("killed go " + party).c_str(), 0));
+    waiting.push_back(worker({"await", "killed", party, std::to_string(kills / 2), timeouts[i]}));
   }
-  EXPECT_EQ(sum, kills);
-  std::printf("[   FACT   ] %u holders of a mutex killed\n", kills);
+  for (uint32_t i = 0; i < kills; ++i) {
+    Background holder = worker({"spend", "killed", "0"});
+    ASSERT_EQ(holder.read_line(), "held");
+    if (i % 2 == 0) {
+      usleep(i * 37 % 4000);
+      holder.kill();
+      // Such a wait is over after a hundred milliseconds.
+      ASSERT_EQ(SMMutexLock(mutex, 400), SM_STATUS_SUCCESS) << i;
+      account->add(4);
+      ASSERT_EQ(SMMutexUnLock(mutex), SM_STATUS_SUCCESS);
+      continue;
+    }
+    for (SMSemaphore* semaphore : go) {
+      SMSemaphoreRelease(semaphore, 1, nullptr);
+    }
+    usleep(1000 + i * 37 % 4000);
+    holder.kill();
+    for (size_t waiter = 0; waiter < go.size(); ++waiter) {
+      ASSERT_EQ(SMSemaphoreAcquireWait(done, 60000), SM_STATUS_SUCCESS) << i;
+    }
+  }
+  for (Background& waiter : waiting) {
+    EXPECT_EQ(waiter.wait(), 0);
+  }
+  account->undo();
+  uint32_t sum = 0;
+  for (const volatile uint32_t& share : account->shares) {
+    sum += share;
+  }
+  EXPECT_EQ(account->sum, sum);
+  for (const uint32_t party : {1, 2, 3, 4}) {
+    EXPECT_EQ(account->shares[party], kills / 2) << party;
+  }
+  EXPECT_GT(account->undone, 0U);
+  std::printf(
+      "[   FACT   ] %u holders of a mutex killed, %u of them in a change, %u changes in all\n",
+      kills, account->undone, sum);
+  for (SMSemaphore* semaphore : go) {
+    SMSemaphoreDestroy(semaphore);
+  }
+  SMSemaphoreDestroy(done);
+  SMSharedMemFree(memory);
   SMMutexDestroy(mutex);
 }
 
@@ -171,6 +220,20 @@ TEST_F(Processes, AreLetThroughOneByOneByAnAutomaticEvent) {
   SMEventSet(event);
   std::vector<Background> all = waiters("automatic", "200");
   EXPECT_EQ(let_through(all), 1);
+  EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_TIMEOUT);
+  SMEventDestroy(event);
+}
+
+TEST_F(Processes, ThatWaitAreLetThroughByAnAutomaticEventOneOfThem) {
+  SMEvent* event = SMEventCreate("one of them", 0, 0);
+  std::vector<Background> all = waiters("one of them", "1000");
+  SMEventSet(event);
+  EXPECT_EQ(let_through(all), 1);
+  EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_TIMEOUT);
+  // A pulse may come before a waiter has begun to wait, and then lets nobody through.
+  all = waiters("one of them", "1000");
+  SMEventPulse(event);
+  EXPECT_LE(let_through(all), 1);
   EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_TIMEOUT);
   SMEventDestroy(event);
 }
@@ -263,14 +326,32 @@ TEST_F(Processes, RegisterNamesAtOnceEachWithAKeyOfItsOwn) {
 // ---- Signals ----
 
 volatile sig_atomic_t signals = 0;
+time_t signals_end = 0;
+
+time_t seconds_now() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return now.tv_sec;
+}
+
+// The timer of the signals is the timer of alarm(), too: the signals themselves stop a test that
+// hangs.
+void take_signal(int) {
+  signals = signals + 1;
+  if (seconds_now() > signals_end) {
+    signal(SIGALRM, SIG_DFL);
+    raise(SIGALRM);
+  }
+}
 
 class UnderSignals : public Processes {
  protected:
   UnderSignals() {
-    struct sigaction action {};
-    action.sa_handler = [](int) { signals = signals + 1; };
-    sigaction(SIGALRM, &action, nullptr);  // without SA_RESTART
     signals = 0;
+    signals_end = seconds_now() + 120;
+    struct sigaction action {};
+    action.sa_handler = take_signal;
+    sigaction(SIGALRM, &action, nullptr);  // without SA_RESTART
     const itimerval every_millisecond = {{0, 1000}, {0, 1000}};
     setitimer(ITIMER_REAL, &every_millisecond, nullptr);
   }
@@ -281,6 +362,21 @@ class UnderSignals : public Processes {
     EXPECT_GT(signals, 0);
   }
 };
+
+// A thread that takes none of the signals, so that all of them meet who waits for it.
+template <class Work>
+std::thread undisturbed(const Work& work) {
+  sigset_t alarms;
+  sigset_t before;
+  sigemptyset(&alarms);
+  sigaddset(&alarms, SIGALRM);
+  pthread_sigmask(SIG_BLOCK, &alarms, &before);
+  std::thread thread(work);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return thread;
+}
+
+constexpr int32_t kWaits[] = {-1, 60000};
 
 TEST_F(UnderSignals, WaitsEndAtTheirTime) {
   for (const char* name : {static_cast<const char*>(nullptr), "signals"}) {
@@ -301,7 +397,7 @@ TEST_F(UnderSignals, WaitsEndAtTheirTime) {
 TEST_F(UnderSignals, NothingIsLost) {
   SMSemaphore* semaphore = SMSemaphoreCreate("storm", 0);
   const uint32_t posts = scaled(100, 20);
-  for (const int32_t timeout : {-1, 60000}) {
+  for (const int32_t timeout : kWaits) {
     Background poster = worker({"post", "storm", std::to_string(posts)});
     for (uint32_t i = 0; i < posts; ++i) {
       ASSERT_EQ(SMSemaphoreAcquireWait(semaphore, timeout), 0U);
@@ -316,11 +412,122 @@ TEST_F(UnderSignals, AMutexIsGotFromAnotherProcess) {
   SMMutex* mutex = SMMutexCreate("storm");
   Background holder = worker({"hold", "storm"});
   EXPECT_EQ(holder.read_line(), "held");
-  for (uint32_t i = 0; i < scaled(50, 10); ++i) {
-    ASSERT_EQ(SMMutexLock(mutex, -1), 0U);
-    ASSERT_EQ(SMMutexUnLock(mutex), 0U);
+  for (const int32_t timeout : kWaits) {
+    for (uint32_t i = 0; i < scaled(50, 10); ++i) {
+      ASSERT_EQ(SMMutexLock(mutex, timeout), 0U);
+      ASSERT_EQ(SMMutexUnLock(mutex), 0U);
+    }
   }
   SMMutexDestroy(mutex);
+}
+
+// Objects of both kinds, one of which a thread lets this one have only after some signals.
+class ThreadUnderSignals : public UnderSignals, public testing::WithParamInterface<const char*> {};
+
+TEST_P(ThreadUnderSignals, GivesUpAMutex) {
+  SMMutex* mutex = SMMutexCreate(GetParam());
+  SMSemaphore* taken = SMSemaphoreCreate(nullptr, 0);
+  SMSemaphore* next = SMSemaphoreCreate(nullptr, 0);
+  const uint32_t rounds = scaled(50, 10);
+  std::thread holder = undisturbed([=] {
+    for (uint32_t i = 0; i < 2 * rounds; ++i) {
+      SMMutexLock(mutex, -1);
+      SMSemaphoreRelease(taken, 1, nullptr);
+      usleep(3000);
+      SMMutexUnLock(mutex);
+      SMSemaphoreAcquireWait(next, -1);
+    }
+  });
+  for (const int32_t timeout : kWaits) {
+    for (uint32_t i = 0; i < rounds; ++i) {
+      EXPECT_EQ(SMSemaphoreAcquireWait(taken, timeout), 0U);
+      EXPECT_EQ(SMMutexLock(mutex, timeout), 0U);
+      EXPECT_EQ(SMMutexUnLock(mutex), 0U);
+      SMSemaphoreRelease(next, 1, nullptr);
+    }
+  }
+  holder.join();
+  SMSemaphoreDestroy(next);
+  SMSemaphoreDestroy(taken);
+  SMMutexDestroy(mutex);
+}
+
+TEST_P(ThreadUnderSignals, ReleasesASemaphore) {
+  SMSemaphore* semaphore = SMSemaphoreCreate(GetParam(), 0);
+  const uint32_t rounds = scaled(50, 10);
+  std::thread poster = undisturbed([=] {
+    for (uint32_t i = 0; i < 2 * rounds; ++i) {
+      usleep(3000);
+      SMSemaphoreRelease(semaphore, 1, nullptr);
+    }
+  });
+  for (const int32_t timeout : kWaits) {
+    for (uint32_t i = 0; i < rounds; ++i) {
+      EXPECT_EQ(SMSemaphoreAcquireWait(semaphore, timeout), 0U);
+    }
+  }
+  poster.join();
+  EXPECT_EQ(SMSemaphoreAcquireWait(semaphore, 0), SM_STATUS_TIMEOUT);
+  SMSemaphoreDestroy(semaphore);
+}
+
+TEST_P(ThreadUnderSignals, SetsAnEvent) {
+  SMEvent* event = SMEventCreate(GetParam(), 0, 0);
+  SMSemaphore* next = SMSemaphoreCreate(nullptr, 0);
+  const uint32_t rounds = scaled(50, 10);
+  std::thread setter = undisturbed([=] {
+    for (uint32_t i = 0; i < 2 * rounds; ++i) {
+      usleep(3000);
+      SMEventSet(event);
+      SMSemaphoreAcquireWait(next, -1);
+    }
+  });
+  for (const int32_t timeout : kWaits) {
+    for (uint32_t i = 0; i < rounds; ++i) {
+      EXPECT_EQ(SMEventWait(event, timeout), 0U);
+      EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_TIMEOUT);
+      SMSemaphoreRelease(next, 1, nullptr);
+    }
+  }
+  setter.join();
+  SMSemaphoreDestroy(next);
+  SMEventDestroy(event);
+}
+
+INSTANTIATE_TEST_SUITE_P(Objects, ThreadUnderSignals,
+                         testing::Values(static_cast<const char*>(nullptr), "thread"),
+                         [](const testing::TestParamInfo<const char*>& about) {
+                           return about.param == nullptr ? "WithoutAName" : "WithAName";
+                         });
+
+TEST_F(UnderSignals, AFileIsWaitedForWhileAnotherProcessHasItLocked) {
+  const kqsupt::tests::Scratch scratch;
+  const std::string path = scratch.file("a.ini");
+  uint32_t value = 0;
+  const auto write = [&](uint16_t wait) {
+    return SMWriteINIPathFileValue("S", "K", SMINI_TYPE_U32, &value, sizeof value, path.c_str(),
+                                   wait);
+  };
+  ASSERT_EQ(write(1), 0U);
+  {
+    Background holder = worker({"hold-file", lock_file_of_path(path), "3000"});
+    ASSERT_EQ(holder.read_line(), "held");
+    while (value < scaled(50, 10)) {
+      ++value;
+      ASSERT_EQ(write(1), 0U);
+    }
+  }
+  Background holder = worker({"hold-file", lock_file_of_path(path), "0"});
+  ASSERT_EQ(holder.read_line(), "held");
+  EXPECT_EQ(write(0), SM_STATUS_TIMEOUT);
+  holder.kill();
+  holder.wait();
+  uint32_t found = 0;
+  uint32_t size = sizeof found;
+  EXPECT_EQ(
+      SMReadINIPathFileValue("S", "K", SMINI_TYPE_U32, &found, &size, nullptr, 0, path.c_str(), 1),
+      0U);
+  EXPECT_EQ(found, value);
 }
 
 TEST_F(UnderSignals, FilesAreReadAndWritten) {

@@ -1,8 +1,11 @@
 // ipc-worker COMMAND NAME …: one of several processes that use named objects at the same time.
 
+#include <fcntl.h>
 #include <kqsupt/ipc.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -11,7 +14,11 @@
 #include <thread>
 #include <vector>
 
+#include "processes/account.h"
+
 namespace {
+
+using kqsupt::tests::Account;
 
 [[noreturn]] void fail(const char* what) {
   std::fprintf(stderr, "ipc-worker: %s\n", what);
@@ -70,6 +77,62 @@ void hold(const char* name) {
     usleep(1000);
     require(SMMutexUnLock(mutex) == 0, "not unlocked");
     usleep(10);
+  }
+}
+
+// spend NAME PARTY: changes the account under the mutex, again and again, until it is killed, most
+// likely in the middle of a change.
+void spend(const char* name, uint32_t party) {
+  auto* const account = shared<Account>(name);
+  SMMutex* mutex = SMMutexOpen(name);
+  for (bool said = false;; said = true) {
+    require(SMMutexLock(mutex, -1) == 0, "not locked");
+    if (!said) {
+      say("held");
+    }
+    for (int i = 0; i < 20000; ++i) {
+      account->add(party);
+    }
+    require(SMMutexUnLock(mutex) == 0, "not unlocked");
+  }
+}
+
+// await NAME PARTY ROUNDS TIMEOUT: each time that it is told to go, waits for the mutex, changes
+// the account once, and says that it is done.
+void await(const std::string& name, uint32_t party, uint32_t rounds, const char* timeout) {
+  auto* const account = shared<Account>(name.c_str());
+  SMMutex* mutex = SMMutexOpen(name.c_str());
+  SMSemaphore* go = SMSemaphoreOpen((name + " go " + std::to_string(party)).c_str());
+  SMSemaphore* done = SMSemaphoreOpen((name + " done").c_str());
+  require(mutex != nullptr && go != nullptr && done != nullptr, "nothing to wait for");
+  for (uint32_t i = 0; i < rounds; ++i) {
+    require(SMSemaphoreAcquireWait(go, -1) == 0, "not told");
+    require(SMMutexLock(mutex, std::atoi(timeout)) == 0, "not locked");
+    account->add(party);
+    require(SMMutexUnLock(mutex) == 0, "not unlocked");
+    require(SMSemaphoreRelease(done, 1, nullptr) == 0, "not released");
+  }
+}
+
+// hold-file PATH PAUSE: has a lock on all of the file and gives it up for a moment each `PAUSE`
+// microseconds, until it is killed; never when that is 0.
+void hold_file(const char* path, uint32_t pause_us) {
+  const int file = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  require(file >= 0, "no file");
+  for (bool said = false;; said = true) {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    require(fcntl(file, F_SETLKW, &lock) == 0, "not locked");
+    if (!said) {
+      say("held");
+    }
+    while (pause_us == 0) {
+      pause();
+    }
+    usleep(pause_us);
+    lock.l_type = F_UNLCK;
+    require(fcntl(file, F_SETLKW, &lock) == 0, "not unlocked");
+    usleep(100);
   }
 }
 
@@ -183,6 +246,8 @@ void post(const char* name, uint32_t count) {
 
 int main(int count_of_arguments, char** arguments) {
   alarm(300);  // whatever goes wrong, nothing hangs for ever
+  // Nor does it stay, holding the sandbox, when a test dies that started it.
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
   const std::string command = count_of_arguments > 2 ? arguments[1] : "";
   const char* name = arguments[2];
   const auto argument = [&](int i) { return i < count_of_arguments ? arguments[i] : "0"; };
@@ -190,6 +255,12 @@ int main(int count_of_arguments, char** arguments) {
     count(name, number(argument(3)), number(argument(4)));
   } else if (command == "hold") {
     hold(name);
+  } else if (command == "spend") {
+    spend(name, number(argument(3)));
+  } else if (command == "await") {
+    await(name, number(argument(3)), number(argument(4)), argument(5));
+  } else if (command == "hold-file") {
+    hold_file(name, number(argument(3)));
   } else if (command == "produce") {
     produce(name, number(argument(3)), number(argument(4)));
   } else if (command == "consume") {
