@@ -61,9 +61,12 @@ const bool kAdded = [] {
   add_family({"named objects",
               {kFloor, "APR", "Boost"},
               {{kNamedMutexRow, "named mutex, lock and unlock", 1.1, kFloor},
+               {kContendedMutexRow, "the same, 8 processes at once", 1.2, kFloor},
                {kNamedSemaphoreRow, "named semaphore, take and post", 1.1, kFloor}}});
   add_named_pairs<OurMutex>(kNamedMutexRow, kOurs);
   add_named_pairs<MutexFloor>(kNamedMutexRow, kFloor);
+  add_contended_pairs<OurMutex>(kOurs);
+  add_contended_pairs<MutexFloor>(kFloor);
   add_named_pairs<OurSemaphore>(kNamedSemaphoreRow, kOurs);
   add_named_pairs<SemaphoreFloor>(kNamedSemaphoreRow, kFloor);
   return true;
