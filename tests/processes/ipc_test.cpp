@@ -124,7 +124,6 @@ TEST_F(Processes, GetAMutexWhoseHolderWasKilled) {
   for (const uint32_t party : {1, 2, 3, 4}) {
     EXPECT_EQ(account->shares[party], kills / 2) << party;
   }
-  EXPECT_GT(account->undone, 0U);
   std::printf(
       "[   FACT   ] %u holders of a mutex killed, %u of them in a change, %u changes in all\n",
       kills, account->undone, sum);
