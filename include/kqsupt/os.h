@@ -1,4 +1,4 @@
-/* Services of the operating system: threads. */
+/* Services of the operating system: threads, the clock, the system's own log. */
 #ifndef KQSUPT_OS_H
 #define KQSUPT_OS_H
 
@@ -48,6 +48,61 @@ KQSUPT_API uint32_t SMThreadGetID(void);
 /* Names the calling thread, for tools that list threads. `name` is UTF-8; the system keeps its first
  * 15 bytes. SM_STATUS_INVALID_PARAMETER: `name` is NULL. 0xFFFFFFFF: the system refuses. */
 KQSUPT_API SMStatus SMThreadSetName(const char* name);
+
+/* ---- Clock ------------------------------------------------------------------------------------- */
+
+/* Milliseconds since the Unix epoch; 0xFFFFFFFFFFFFFFFF when the time cannot be read. The clock is
+ * that of the calendar: it can be set, and can go back. */
+KQSUPT_API uint64_t SMRefTicksGet(void);
+
+/* How much time has passed between two readings of SMRefTicksGet, and whether that is more than
+ * `limitMs`, in milliseconds; all ones stand for no limit. Each output may be NULL.
+ *
+ * `*elapsedMs` receives the milliseconds, 0 when the clock went back. With a limit both flags become
+ * 1 when more time than that has passed, and 0 otherwise; limits from 2^63 on count as negative.
+ * Without one `*firstFlag` becomes 1 when any time has passed, and `*secondFlag` 0. No output is
+ * written when either reading is the one of a time that could not be read. */
+KQSUPT_API void SMRefTicksDiffCheckTimer(uint64_t startTicks, uint64_t currentTicks,
+                                         uint64_t limitMs, uint64_t* elapsedMs, uint16_t* firstFlag,
+                                         uint16_t* secondFlag);
+
+/* ---- Host -------------------------------------------------------------------------------------- */
+
+/* 4 where the kernel calls itself "VMkernel", in letters of either case, and otherwise 3. */
+KQSUPT_API uint32_t SMOSTypeGet(void);
+
+/* Does nothing: no agent shuts a host down through this library. Always 0. */
+KQSUPT_API SMStatus SMOSShutdown(void);
+
+/* 1 when something can be read from standard input, its end included; 0 otherwise, also when the
+ * system does not say. */
+KQSUPT_API int32_t SMkbhit(void);
+
+/* File names are long everywhere that agents still run: always 0. */
+KQSUPT_API SMStatus SMLongFileNamesEnable(void);
+KQSUPT_API SMStatus SMLongFileNamesDisable(void);
+
+/* There is one context of exports, number 0, and it cannot be changed. NULL is ignored. */
+KQSUPT_API void SMGetExportContext(uint32_t* context);
+KQSUPT_API void SMSetExportContext(uint32_t context);
+KQSUPT_API void SMResetExportContext(void);
+
+/* ---- The system's own log ---------------------------------------------------------------------- */
+
+/* Writes one line to the system's log, of the facility `daemon`: the name of the source, the event
+ * ID and the message, whose carriage returns become blanks. A line has at most 2,047 bytes, longer
+ * ones lose their end.
+ *
+ * `eventType`: 1 is logged as an error, 2 as a warning, any other as information.
+ * `logSource`: the part of the family that the event comes from, 1 to 6.
+ * `identity`, `message`: UTF-8. With `identity` NULL the line goes by the program's name.
+ * `data`, `dataSize`: not used.
+ *
+ * 0xFFFFFFFF, and nothing is logged: `logSource` is another number, `message` is NULL, or memory is
+ * short. Whether somebody reads the log is not known. The program's own openlog() is undone. */
+KQSUPT_API SMStatus SMAppendToOSSysLog(uint32_t eventType, uint32_t logSource, uint32_t eventID,
+                                       const char* identity, const char* message, const void* data,
+                                       uint32_t dataSize);
 
 #ifdef __cplusplus
 }

@@ -33,6 +33,7 @@ void stop_install_paths();
 inline constexpr int32_t kQuillance = 35;
 inline constexpr uint32_t kInstallPath = 2;
 inline constexpr uint32_t kVariableDataPath = 4;
+inline constexpr uint32_t kLogPath = 8;
 inline constexpr uint32_t kIniPath = 64;
 
 }  // namespace kqsupt::config

@@ -9,6 +9,7 @@
 #include "ipc/critical_section.h"
 #include "ipc/path_lock_table.h"
 #include "ipc/registry.h"
+#include "log/log_sizes.h"
 #include "net/network_layer.h"
 #include "text/format.h"
 
@@ -22,7 +23,7 @@ namespace {
 // Records, trees and text keep nothing between two calls and need no start. Each export works, or
 // says that it cannot, whether or not the start succeeded and also before the constructor below has
 // run.
-constexpr std::array<Module, 7> kModules{{
+constexpr std::array<Module, 8> kModules{{
     {"install registry", [] { return config::start_install_registry() && ipc::start_path_locks(); },
      [] {
        ipc::stop_path_locks();
@@ -32,6 +33,7 @@ constexpr std::array<Module, 7> kModules{{
     {"network", net::start, net::stop},
     {"named objects", ipc::start_registry, ipc::stop_registry},
     {"critical sections", ipc::start_critical_sections, ipc::stop_critical_sections},
+    {"event log", log::start_log_sizes, log::stop_log_sizes},
     {"formatter", text::start_formatter, text::stop_formatter},
     {"CRC-32 table", containers::start_crc32_table, containers::stop_crc32_table},
 }};

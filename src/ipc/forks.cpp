@@ -17,7 +17,7 @@ constinit Renew renew_in_child = nullptr;
 // What is held while the process forks, in the order in which it is taken.
 constinit LocalMutex renewing_mutex;
 constinit LocalMutex held_mutex;
-constinit std::array<LocalMutex*, 8> held{};
+constinit std::array<LocalMutex*, 16> held{};
 constinit size_t held_count = 0;
 
 void before_fork() {

@@ -11,6 +11,7 @@
 #include "frame/status.h"
 #include "ipc/poll.h"
 #include "ipc/semaphore_list.h"
+#include "os/system_log.h"
 
 namespace kqsupt::ipc {
 namespace {
@@ -28,6 +29,26 @@ int control(SemaphoreSet set, int command, Argument argument = {}) {
 
 SMStatus status_of(int result) {
   return result >= 0 ? SMStatus{SM_STATUS_SUCCESS} : frame::kFailed;
+}
+
+// Of all that can go wrong operators are told what only they can mend.
+void report_shortage(int error) {
+  const char* message = nullptr;
+  if (error == ENOMEM) {
+    message =
+        "A semaphore set could not be created because the system has not enough memory for the new "
+        "data structure\n";
+  } else if (error == ENOSPC) {
+    message =
+        "A semaphore set has to be created but the system limit for the maximum number of "
+        "semaphore "
+        "sets has been exceeded\n";
+  } else {
+    return;
+  }
+  constexpr uint32_t kInformation = 4;
+  constexpr uint32_t kSource = 1;
+  os::append_to_system_log({kInformation, kSource, 0, "Corvane (Shared Library)", message});
 }
 
 // Keeps identifier 0 occupied for as long as another set is made.
@@ -98,7 +119,9 @@ SemaphoreSet create_set(uint32_t key, int32_t count, uint32_t initial, mode_t mo
   const auto flags = static_cast<int>(mode) | IPC_CREAT | IPC_EXCL;
   const int set = semget(static_cast<key_t>(key), count, flags);
   if (set < 0) {
-    return errno == EEXIST ? open_set(key) : kNoSet;
+    const int error = errno;
+    report_shortage(error);
+    return error == EEXIST ? open_set(key) : kNoSet;
   }
   if (set == kNoSet) {
     control(set, IPC_RMID);

@@ -3,7 +3,11 @@
 #include "kqsupt/log.h"
 
 #include "frame/heap.h"
+#include "log/event_log.h"
+#include "log/log_sizes.h"
+#include "log/rotated_log.h"
 #include "log/xml_buffer.h"
+#include "log/xml_event.h"
 
 using namespace kqsupt;
 
@@ -58,6 +62,57 @@ SMStatus SMXGBufCatNode(SMXGBuf* buffer, const char* name, const SMXGBuf* attrib
 
 char* SMXGEscapeXMLUTF8Str(const char* text, uint32_t* size, uint32_t escapeLevel) {
   return log::xml_escaped_copy(text, size, escapeLevel);
+}
+
+SMStatus SMAppendToLog(uint32_t logFlags, uint16_t type, uint16_t category, uint32_t eventID,
+                       const char* source, const char* description, const void* data,
+                       uint32_t dataLength) {
+  return log::append_event(
+      logFlags, {type, category, eventID, source, description, data, dataLength, nullptr, nullptr});
+}
+SMStatus SMAppendToXMLLog(const char* pathFileName, uint16_t type, uint16_t category,
+                          uint32_t eventID, const char* userInfo, const char* source,
+                          const char* description, const char* link, const void* data,
+                          uint32_t dataLength, uint32_t maxSize) {
+  return log::append_xml_event(
+      pathFileName,
+      {type, category, eventID, source, description, data, dataLength, userInfo, link}, maxSize);
+}
+SMStatus SMClearLog(uint32_t logFlags, uint16_t category, const char* source) {
+  return log::clear_logs(logFlags, category, source);
+}
+SMStatus SMClearXMLLog(const char* pathFileName, uint16_t category, const char* userInfo,
+                       const char* source) {
+  return log::clear_xml_log(pathFileName, category, userInfo, source);
+}
+SMStatus SMForceXMLLogExists(const char* pathFileName) {
+  return log::look_for_log(pathFileName);
+}
+SMStatus SMGetLogPathFileName(uint32_t logFlags, char* buffer, uint32_t* size) {
+  return log::log_path(logFlags, buffer, size);
+}
+SMStatus SMGetBackupLogPathFileName(uint32_t logFlags, char* buffer, uint32_t* size) {
+  return log::backup_log_path(logFlags, buffer, size);
+}
+SMStatus SMGetBackupXMLLogPathFileName(const char* pathFileName, char* buffer, uint32_t* size) {
+  return log::backup_path_of(pathFileName, buffer, size);
+}
+SMStatus SMSetLogMaxSize(const char* pathFileName, uint32_t maxSize) {
+  return log::set_log_max_size(pathFileName, maxSize);
+}
+SMStatus SMGetLogMaxSize(const char* pathFileName, uint32_t* maxSize) {
+  return log::get_log_max_size(pathFileName, maxSize);
+}
+
+SMStatus SMFileLogMsgToRotatedLog(const char* message, const char* pathFileName, uint32_t maxSize,
+                                  uint32_t count, uint32_t prefixFlags) {
+  return log::append_to_rotated_log(message, pathFileName, maxSize, count, prefixFlags);
+}
+void SMFileRotateCheck(const char* pathFileName, uint32_t maxSize, uint32_t count) {
+  log::rotate_log(pathFileName, maxSize, count);
+}
+void SMFileDeleteRotated(const char* pathFileName, uint32_t deleteGenerations, uint32_t count) {
+  log::delete_rotated_log(pathFileName, deleteGenerations, count);
 }
 
 }  // extern "C"

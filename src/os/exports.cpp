@@ -2,6 +2,9 @@
 
 #include "kqsupt/os.h"
 
+#include "os/clock.h"
+#include "os/host.h"
+#include "os/system_log.h"
 #include "os/threads.h"
 
 using namespace kqsupt;
@@ -28,6 +31,40 @@ uint32_t SMThreadGetID() {
 }
 SMStatus SMThreadSetName(const char* name) {
   return os::set_thread_name(name);
+}
+
+uint64_t SMRefTicksGet() {
+  return os::ticks_now();
+}
+void SMRefTicksDiffCheckTimer(uint64_t startTicks, uint64_t currentTicks, uint64_t limitMs,
+                              uint64_t* elapsedMs, uint16_t* firstFlag, uint16_t* secondFlag) {
+  os::check_elapsed(startTicks, currentTicks, limitMs, elapsedMs, firstFlag, secondFlag);
+}
+
+uint32_t SMOSTypeGet() {
+  return os::host_type();
+}
+SMStatus SMOSShutdown() {
+  return SM_STATUS_SUCCESS;
+}
+int32_t SMkbhit() {
+  return os::has_input();
+}
+SMStatus SMLongFileNamesEnable() {
+  return SM_STATUS_SUCCESS;
+}
+SMStatus SMLongFileNamesDisable() {
+  return SM_STATUS_SUCCESS;
+}
+void SMGetExportContext(uint32_t* context) {
+  os::get_export_context(context);
+}
+void SMSetExportContext(uint32_t) {}
+void SMResetExportContext() {}
+
+SMStatus SMAppendToOSSysLog(uint32_t eventType, uint32_t logSource, uint32_t eventID,
+                            const char* identity, const char* message, const void*, uint32_t) {
+  return os::append_to_system_log({eventType, logSource, eventID, identity, message});
 }
 
 }  // extern "C"

@@ -9,32 +9,24 @@
 #include <cstdint>
 
 namespace kqsupt::os {
+namespace {
 
-FileDescriptor FileDescriptor::open(const char* path, int flags, mode_t mode) {
-  int fd;
+// `call()` again for as long as a signal interrupts it.
+template <class Call>
+ssize_t repeated(const Call& call) {
+  ssize_t result;
   do {
-    fd = ::open(path, flags | O_CLOEXEC, mode);
-  } while (fd < 0 && errno == EINTR);
-  return FileDescriptor(fd);
+    result = call();
+  } while (result < 0 && errno == EINTR);
+  return result;
 }
 
-// The descriptor is gone whatever the call says, also when a signal interrupts it.
-bool FileDescriptor::close() {
-  return !is_open() || ::close(release()) == 0 || errno == EINTR;
-}
-
-ssize_t FileDescriptor::read_some(void* buffer, size_t size) const {
-  ssize_t count;
-  do {
-    count = ::read(fd_, buffer, size);
-  } while (count < 0 && errno == EINTR);
-  return count;
-}
-
-ssize_t FileDescriptor::read_all(void* buffer, size_t size) const {
+// `read(to, left, done)` until all is there.
+template <class Read>
+ssize_t whole_of(void* buffer, size_t size, const Read& read) {
   size_t done = 0;
   while (done < size) {
-    const ssize_t count = read_some(static_cast<uint8_t*>(buffer) + done, size - done);
+    const ssize_t count = read(static_cast<uint8_t*>(buffer) + done, size - done, done);
     if (count < 0) {
       return -1;
     }
@@ -46,16 +38,57 @@ ssize_t FileDescriptor::read_all(void* buffer, size_t size) const {
   return static_cast<ssize_t>(done);
 }
 
-bool FileDescriptor::write_all(std::string_view bytes) const {
-  while (!bytes.empty()) {
-    const ssize_t count = ::write(fd_, bytes.data(), bytes.size());
-    if (count > 0) {
-      bytes.remove_prefix(static_cast<size_t>(count));
-    } else if (count == 0 || errno != EINTR) {
+// `write(left, done)` until all is written.
+template <class Write>
+bool wrote_all(std::string_view bytes, const Write& write) {
+  for (size_t done = 0; done < bytes.size();) {
+    const ssize_t count = repeated([&] { return write(bytes.substr(done), done); });
+    if (count <= 0) {
       return false;
     }
+    done += static_cast<size_t>(count);
   }
   return true;
+}
+
+}  // namespace
+
+FileDescriptor FileDescriptor::open(const char* path, int flags, mode_t mode) {
+  return FileDescriptor(
+      static_cast<int>(repeated([=] { return ::open(path, flags | O_CLOEXEC, mode); })));
+}
+
+// The descriptor is gone whatever the call says, also when a signal interrupts it.
+bool FileDescriptor::close() {
+  return !is_open() || ::close(release()) == 0 || errno == EINTR;
+}
+
+ssize_t FileDescriptor::read_some(void* buffer, size_t size) const {
+  return repeated([=, this] { return ::read(fd_, buffer, size); });
+}
+
+ssize_t FileDescriptor::read_all(void* buffer, size_t size) const {
+  return whole_of(buffer, size,
+                  [this](void* to, size_t left, size_t) { return read_some(to, left); });
+}
+
+ssize_t FileDescriptor::read_all_at(void* buffer, size_t size, off_t offset) const {
+  return whole_of(buffer, size, [=, this](void* to, size_t left, size_t done) {
+    return repeated(
+        [=, this] { return ::pread(fd_, to, left, offset + static_cast<off_t>(done)); });
+  });
+}
+
+bool FileDescriptor::write_all(std::string_view bytes) const {
+  return wrote_all(bytes, [this](std::string_view left, size_t) {
+    return ::write(fd_, left.data(), left.size());
+  });
+}
+
+bool FileDescriptor::write_all_at(std::string_view bytes, off_t offset) const {
+  return wrote_all(bytes, [=, this](std::string_view left, size_t done) {
+    return ::pwrite(fd_, left.data(), left.size(), offset + static_cast<off_t>(done));
+  });
 }
 
 }  // namespace kqsupt::os

@@ -38,8 +38,13 @@ class FileDescriptor {
   // Reads until `size` bytes are there or the file ends. The number of bytes; -1 on failure.
   [[nodiscard]] ssize_t read_all(void* buffer, size_t size) const;
 
+  // The same at an offset, wherever the descriptor stands.
+  [[nodiscard]] ssize_t read_all_at(void* buffer, size_t size, off_t offset) const;
+
   // False, with a part of it written, when the file takes no more.
   [[nodiscard]] bool write_all(std::string_view bytes) const;
+  // The same at an offset, which a file that is open for appending does not heed.
+  [[nodiscard]] bool write_all_at(std::string_view bytes, off_t offset) const;
 
  private:
   int fd_ = -1;

@@ -3,6 +3,7 @@
 #include "text/sized_string_convert.h"
 
 #include "frame/heap.h"
+#include "frame/status.h"
 #include "text/conversion.h"
 
 namespace kqsupt::text {
@@ -93,6 +94,33 @@ char* string_cat(SMSSUTF8Str* string, const char* text, uint32_t count) {
 }
 char* string_cat(SMSSUTF8Str* string, const ustring* text, uint32_t count) {
   return cat_converted(string, text, count);
+}
+
+SMStatus append_converted(SMSSUCS2Str& string, const char* text) {
+  // No character has fewer bytes than units.
+  const uint32_t most = text != nullptr ? length_of(text) : 0;
+  if (!make_room(string, most)) {
+    return SM_STATUS_NO_MEMORY;
+  }
+  ustring* end = string.content + string.length;
+  uint32_t size = (most + 1) * sizeof(ustring);
+  const SMStatus status = convert(end, &size, text);
+  if (status == SM_STATUS_SUCCESS) {
+    string.length += static_cast<uint32_t>(size / sizeof(ustring)) - 1;
+  } else {
+    *end = 0;
+  }
+  return status;
+}
+
+SMStatus append_hex_dump(SMSSUCS2Str& string, ByteSpan bytes) {
+  TextBuilder dump(2048);
+  if (!dump.ok()) {
+    return SM_STATUS_NO_MEMORY;
+  }
+  return append_hex_dump(dump, bytes) && append_converted(string, dump.c_str()) == SM_STATUS_SUCCESS
+             ? SMStatus{SM_STATUS_SUCCESS}
+             : frame::kFailed;
 }
 
 }  // namespace kqsupt::text

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kqsupt/text.h"
+#include "text/hex_text.h"
 #include "text/sized_string.h"
 
 namespace kqsupt::text {
@@ -17,5 +18,13 @@ ustring* string_cat(SMSSUCS2Str* string, const ustring* text, uint32_t count);
 ustring* string_cat(SMSSUCS2Str* string, const char* text, uint32_t count);
 char* string_cat(SMSSUTF8Str* string, const char* text, uint32_t count);
 char* string_cat(SMSSUTF8Str* string, const ustring* text, uint32_t count);
+
+// The same with the failure reported, and the string as it was.
+//
+// All of a text, of any characters: the status of its conversion, or SM_STATUS_NO_MEMORY.
+[[nodiscard]] SMStatus append_converted(SMSSUCS2Str& string, const char* text);
+// A dump of the bytes: SM_STATUS_NO_MEMORY when there is none for the dump itself, 0xFFFFFFFF when
+// there is none for more of it.
+[[nodiscard]] SMStatus append_hex_dump(SMSSUCS2Str& string, ByteSpan bytes);
 
 }  // namespace kqsupt::text

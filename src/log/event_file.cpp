@@ -1,0 +1,112 @@
+// Locking, backing up and writing.
+
+#include "log/event_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "config/directories.h"
+#include "config/file_commit.h"
+#include "frame/heap.h"
+#include "frame/status.h"
+
+namespace kqsupt::log {
+namespace {
+
+using ipc::PathLockGuard;
+using ipc::PathLockMode;
+using os::FileDescriptor;
+
+constexpr mode_t kNewMode = 0664;
+constexpr mode_t kAllBits = 07777;
+constexpr mode_t kKeptBits = 01666;
+
+bool would_be_full(const char* path, uint64_t growth, uint32_t max_size) {
+  struct stat about {};
+  return stat(path, &about) == 0 && S_ISREG(about.st_mode) &&
+         static_cast<uint64_t>(about.st_size) + growth >= max_size;
+}
+
+}  // namespace
+
+void make_backup_name(char* path) {
+  path[std::strlen(path) - 1] = '_';
+}
+
+bool back_up_when_full(const char* path, uint64_t growth, uint32_t max_size) {
+  if (!would_be_full(path, growth, max_size)) {
+    return false;
+  }
+  const frame::HeapPtr<char> backup(strdup(path));
+  if (backup == nullptr) {
+    return false;
+  }
+  make_backup_name(backup.get());
+  const PathLockGuard lock(path, PathLockMode::kExclusive, true);
+  // Somebody else may have come first: a second backup would take the place of all that is in theirs.
+  // The name goes over to the new backup in one step, so that there is no moment without one.
+  return lock.status() == SM_STATUS_SUCCESS && would_be_full(path, growth, max_size) &&
+         rename(path, backup.get()) == 0;
+}
+
+SMStatus delete_log(const char* path) {
+  const PathLockGuard lock(path, PathLockMode::kExclusive, true);
+  return lock.status() == SM_STATUS_SUCCESS ? config::delete_file(path) : lock.status();
+}
+
+LockedLog::LockedLog(const char* path, int access)
+    : path_(path), lock_(path, PathLockMode::kExclusive, true), status_(lock_.status()) {
+  if (status_ != SM_STATUS_SUCCESS) {
+    return;
+  }
+  // A pipe in its place has nobody to read it, and is not waited for.
+  struct stat about {};
+  if (!open(access | O_NONBLOCK | O_NOCTTY) || fstat(file_.get(), &about) != 0) {
+    status_ = frame::kFailed;
+    return;
+  }
+  size_ = about.st_size;
+  const mode_t mode = is_new_ ? kNewMode : about.st_mode & kKeptBits;
+  if ((about.st_mode & kAllBits) != mode) {
+    (void)fchmod(file_.get(), mode);  // only its owner may
+  }
+}
+
+bool LockedLog::open(int flags) {
+  file_ = FileDescriptor::open(path_, flags);
+  if (!file_.is_open() && errno == ENOENT) {
+    is_new_ = true;
+    file_ = FileDescriptor::open(path_, flags | O_CREAT, kNewMode);
+  }
+  if (!file_.is_open() && errno == ENOENT) {
+    const config::DirectoryName directory(path_);
+    if (directory.ok() && config::make_directory(directory.c_str()) == SM_STATUS_SUCCESS) {
+      file_ = FileDescriptor::open(path_, flags | O_CREAT, kNewMode);
+    }
+  }
+  return file_.is_open();
+}
+
+SMStatus LockedLog::write(off_t offset, std::string_view bytes, std::string_view replaced) {
+  if (!file_.write_all_at(bytes, offset)) {
+    take_back(offset, replaced);
+    return SM_STATUS_OUT_OF_SPACE;
+  }
+  return file_.close() ? SMStatus{SM_STATUS_SUCCESS} : SMStatus{SM_STATUS_OUT_OF_SPACE};
+}
+
+// What is left of the bytes is nobody's yet: the file is still locked.
+void LockedLog::take_back(off_t offset, std::string_view replaced) {
+  if (is_new_) {
+    unlink(path_);
+    return;
+  }
+  (void)file_.write_all_at(replaced, offset);
+  (void)!ftruncate(file_.get(), size_);
+}
+
+}  // namespace kqsupt::log

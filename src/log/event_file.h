@@ -1,0 +1,54 @@
+// The file of a log: its directory, its one backup, and writing to it so that what was acknowledged
+// is there as a whole and what failed is not there at all.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string_view>
+
+#include "ipc/path_lock.h"
+#include "kqsupt/frame.h"
+#include "os/file_descriptor.h"
+
+namespace kqsupt::log {
+
+// The name of the backup: the path with its last character replaced. The path is not empty.
+void make_backup_name(char* path);
+
+// Makes the file its own backup, in place of the one before, when it would reach `max_size` with
+// `growth` more bytes. True when that was done.
+[[nodiscard]] bool back_up_when_full(const char* path, uint64_t growth, uint32_t max_size);
+
+// Deletes the file. 0xFFFFFFFF when that fails, also because there is none.
+[[nodiscard]] SMStatus delete_log(const char* path);
+
+// The file, locked against everybody else and open.
+class LockedLog {
+ public:
+  // `access` as for open(). A file that is not there is made, with its bits 0664 and with its
+  // directory; one that is keeps its bits for reading and writing.
+  LockedLog(const char* path, int access);
+
+  // What locking answered; 0xFFFFFFFF when the file cannot be opened, or its directory made.
+  [[nodiscard]] SMStatus status() const { return status_; }
+  [[nodiscard]] off_t size() const { return size_; }
+  [[nodiscard]] const os::FileDescriptor& file() const { return file_; }
+
+  // Writes bytes at an offset within the file and closes it. `replaced` is what lay there, at the
+  // end of the file. SM_STATUS_OUT_OF_SPACE, and the file is as it was.
+  [[nodiscard]] SMStatus write(off_t offset, std::string_view bytes, std::string_view replaced);
+
+ private:
+  [[nodiscard]] bool open(int flags);
+  void take_back(off_t offset, std::string_view replaced);
+
+  const char* path_;
+  ipc::PathLockGuard lock_;
+  SMStatus status_;
+  os::FileDescriptor file_;
+  off_t size_ = 0;
+  bool is_new_ = false;
+};
+
+}  // namespace kqsupt::log

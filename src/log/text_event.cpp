@@ -1,0 +1,230 @@
+// Composing and writing records.
+
+#include "log/text_event.h"
+
+#include <fcntl.h>
+
+#include <array>
+#include <bit>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <string_view>
+
+#include "kqbounded.h"
+#include "log/event_file.h"
+#include "log/log_sizes.h"
+#include "net/host_name.h"
+#include "os/system_log.h"
+#include "text/conversion.h"
+#include "text/sized_string_convert.h"
+
+namespace kqsupt::log {
+namespace {
+
+using text::append_converted;
+
+// ---- The block that a file begins with ----
+
+constexpr std::string_view kHeaderText =
+    "#-------------------------------\r\n"
+    "# Do not remove this block\r\n"
+    "# This data file is parsed\r\n"
+    "#------------------------------- \r\n"
+    "\r\n";
+constexpr size_t kHeaderSize = 2 * (1 + kHeaderText.size());
+static_assert(kHeaderSize == 256);
+
+// Little-endian with its mark on every host, although the records are in the host's own order:
+// readers know the block by its bytes.
+constexpr auto kHeader = [] {
+  std::array<uint8_t, kHeaderSize> bytes{0xFF, 0xFE};
+  for (size_t i = 0; i < kHeaderText.size(); ++i) {
+    bytes[2 * i + 2] = static_cast<uint8_t>(kHeaderText[i]);
+  }
+  return std::bit_cast<std::array<ustring, kHeaderSize / sizeof(ustring)>>(bytes);
+}();
+
+// ---- A record ----
+
+constexpr uint32_t kMostSourceUnits = 1023;
+constexpr uint32_t kMostDescriptionUnits = 16383;
+
+struct TypeLabel {
+  uint16_t type;
+  const char* line;
+};
+constexpr TypeLabel kTypeLabels[] = {
+    {kNone, "Type: None\r\n"},
+    {kError, "Type: Error\r\n"},
+    {kWarning, "Type: Warning\r\n"},
+    {kInformation, "Type: Information\r\n"},
+    {kAuditSuccess, "Type: Audit Success\r\n"},
+    {kAuditFailure, "Type: Audit Failure\r\n"},
+};
+
+// Null for a type that no record has.
+const char* label_of(uint16_t type) {
+  for (const TypeLabel& label : kTypeLabels) {
+    if (label.type == type) {
+      return label.line;
+    }
+  }
+  return nullptr;
+}
+
+// The length in units of a text, from 1 to `most`.
+SMStatus measure(const char* text, uint32_t most, uint32_t* units) {
+  uint32_t size = 0;
+  const SMStatus status = text::utf8_to_ucs2(nullptr, &size, text);
+  if (status != SM_STATUS_SUCCESS) {
+    return status;
+  }
+  *units = static_cast<uint32_t>(size / sizeof(ustring)) - 1;
+  return *units >= 1 && *units <= most ? SM_STATUS_SUCCESS : SM_STATUS_UNSUCCESSFUL;
+}
+
+// The largest size that the record may have, in bytes, as the check for a backup reckons it.
+uint64_t estimate(const Event& event, uint32_t source_units, uint32_t description_units) {
+  return (uint64_t{source_units} + (event.data_size / 16 + 1) * 83 + 1024 + description_units) * 2;
+}
+
+class Record {
+ public:
+  Record() = default;
+  ~Record() { text::release(string_); }
+  Record(const Record&) = delete;
+  Record& operator=(const Record&) = delete;
+
+  // The header and the event behind it. `capacity` is about what they take, in bytes.
+  [[nodiscard]] SMStatus compose(const Event& event, const char* category, const char* type,
+                                 uint32_t capacity) {
+    text::allocate(string_, capacity);
+    if (string_.content == nullptr) {
+      return SM_STATUS_NO_MEMORY;
+    }
+    char lines[512];
+    std::snprintf(lines, sizeof lines, "EventID: %u\r\nSource: ", event.id);
+    SMStatus status = text::append_units(string_, kHeader.data(), kHeader.size())
+                          ? append_converted(string_, lines)
+                          : SMStatus{SM_STATUS_NO_MEMORY};
+    add(event.source, &status);
+    char time_text[32];
+    char host[256];
+    std::snprintf(lines, sizeof lines,
+                  "\r\nCategory: %s\r\n%sDate and Time: %s\r\nComputer: %s\r\nDescription:\r\n",
+                  category, type, now(time_text), name_of_host(host));
+    add(lines, &status);
+    add(event.description, &status);
+    add("\r\nData: Bytes in Hex\r\n", &status);
+    if (status == SM_STATUS_SUCCESS && event.data_size != 0) {
+      status = text::append_hex_dump(string_,
+                                     {static_cast<const uint8_t*>(event.data), event.data_size});
+    }
+    add("\r\n", &status);
+    return status;
+  }
+
+  [[nodiscard]] std::string_view with_header() const {
+    return {reinterpret_cast<const char*>(string_.content), string_.length * sizeof(ustring)};
+  }
+  [[nodiscard]] std::string_view without_header() const {
+    return {with_header().data() + kHeaderSize, with_header().size() - kHeaderSize};
+  }
+
+ private:
+  void add(const char* text, SMStatus* status) {
+    if (*status == SM_STATUS_SUCCESS) {
+      *status = append_converted(string_, text);
+    }
+  }
+
+  // As the calendar of the C library writes it, without its line end.
+  static const char* now(char (&text)[32]) {
+    const time_t seconds = time(nullptr);
+    if (ctime_s(text, sizeof text, &seconds) != 0) {
+      text[0] = '\0';
+    }
+    text[std::strcspn(text, "\n")] = '\0';
+    return text;
+  }
+  static const char* name_of_host(char (&text)[256]) {
+    uint32_t size = sizeof text;
+    if (net::host_name(text, &size) != SM_STATUS_SUCCESS) {
+      text[0] = '\0';
+    }
+    return text;
+  }
+
+  SMSSUCS2Str string_{};
+};
+
+SMStatus write_record(const char* path, const Record& record) {
+  LockedLog log(path, O_WRONLY | O_APPEND);
+  if (log.status() != SM_STATUS_SUCCESS) {
+    return log.status();
+  }
+  const bool has_header = log.size() >= static_cast<off_t>(kHeaderSize);
+  return log.write(log.size(), has_header ? record.without_header() : record.with_header(), {});
+}
+
+}  // namespace
+
+SMStatus append_text_event(const char* path, const Event& event, uint32_t max_size) {
+  if (path == nullptr || event.source == nullptr || !has_valid_data(event)) {
+    return SM_STATUS_UNSUCCESSFUL;
+  }
+  uint32_t source_units = 0;
+  uint32_t description_units = 0;
+  const SMStatus source = measure(event.source, kMostSourceUnits, &source_units);
+  const SMStatus description =
+      measure(event.description, kMostDescriptionUnits, &description_units);
+  // Texts that cannot be converted come before those of a wrong length.
+  for (const SMStatus status : {source, description}) {
+    if (status != SM_STATUS_SUCCESS && status != SM_STATUS_UNSUCCESSFUL) {
+      return status;
+    }
+  }
+  if (source != SM_STATUS_SUCCESS || description != SM_STATUS_SUCCESS) {
+    return SM_STATUS_UNSUCCESSFUL;
+  }
+  const char* category = os::event_source_name(event.category);
+  if (category == nullptr) {
+    return SM_STATUS_SUCCESS;  // silently, as callers have always lived with
+  }
+  const uint64_t size = estimate(event, source_units, description_units);
+  // Before anything is renamed: without memory nothing has changed.
+  const char* type = label_of(event.type);
+  Record record;
+  if (type != nullptr) {
+    const SMStatus composed =
+        record.compose(event, category, type, static_cast<uint32_t>(size + kHeaderSize));
+    if (composed != SM_STATUS_SUCCESS) {
+      return composed;
+    }
+  }
+  if (back_up_when_full(path, size, max_size)) {
+    // The event is what matters: it is written although this one could not be.
+    (void)append_text_event(
+        path, {kInformation, 1, 1, event.source, kBackupMade, nullptr, 0, nullptr, nullptr},
+        default_max_size());
+  }
+  return type != nullptr ? write_record(path, record) : SMStatus{SM_STATUS_UNSUCCESSFUL};
+}
+
+SMStatus clear_text_log(const char* path, uint16_t category, const char* source) {
+  // A log whose clearing cannot be told of is not cleared.
+  uint32_t units = 0;
+  SMStatus status = source != nullptr ? measure(source, kMostSourceUnits, &units)
+                                      : SMStatus{SM_STATUS_UNSUCCESSFUL};
+  if (status == SM_STATUS_SUCCESS) {
+    status = delete_log(path);
+  }
+  return status == SM_STATUS_SUCCESS ? append_text_event(path,
+                                                         {kInformation, category, 0, source,
+                                                          kCleared, nullptr, 0, nullptr, nullptr},
+                                                         default_max_size())
+                                     : status;
+}
+
+}  // namespace kqsupt::log

@@ -1,0 +1,15 @@
+// Events in a log of UCS-2 text: one record of labelled lines each.
+#pragma once
+
+#include "kqsupt/frame.h"
+#include "log/event.h"
+
+namespace kqsupt::log {
+
+// Appends the event, after a backup when the log would reach `max_size` bytes.
+[[nodiscard]] SMStatus append_text_event(const char* path, const Event& event, uint32_t max_size);
+
+// Deletes the log and begins a new one with an event that says so.
+[[nodiscard]] SMStatus clear_text_log(const char* path, uint16_t category, const char* source);
+
+}  // namespace kqsupt::log

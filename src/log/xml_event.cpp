@@ -1,0 +1,181 @@
+// Building elements and putting them into the document.
+
+#include "log/xml_event.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "frame/status.h"
+#include "log/event_file.h"
+#include "log/log_sizes.h"
+#include "log/xml_buffer.h"
+#include "net/host_name.h"
+#include "os/system_log.h"
+#include "text/sized_string.h"
+
+namespace kqsupt::log {
+namespace {
+
+constexpr std::string_view kBegin = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><EventLog>";
+constexpr std::string_view kEnd = "</EventLog>";
+constexpr off_t kDeclarationSize = 38;
+constexpr const char* kElement = "LogEntry";
+constexpr const char* kHelp =
+    "help/qor/en/msgguide/wwhelp/wwhimpl/common/html/"
+    "wwhelp.htm?context=Messages_Guide&topic=0000";
+
+constexpr size_t kLongestDescription = 8191;
+constexpr uint32_t kFirstCapacity = 2048;
+
+// None, or one of 1 to `most` bytes.
+bool is_between(const char* text, size_t most) {
+  return text == nullptr || (*text != '\0' && std::strlen(text) <= most);
+}
+bool is_valid_user(const char* text) {
+  return is_between(text, 511);
+}
+
+// ---- An element ----
+
+struct FreeBuffer {
+  void operator()(SMXGBuf* buffer) const { xml_free(buffer, Content::kFree); }
+};
+using Buffer = std::unique_ptr<SMXGBuf, FreeBuffer>;
+
+template <class Number>
+XmlValue number(const Number& value, uint32_t type) {
+  return {&value, sizeof value, type, nullptr};
+}
+
+XmlValue words(const char* text, const SMXGValueFormat* format = nullptr) {
+  const char* given = text != nullptr ? text : "";
+  return {given, static_cast<uint32_t>(std::strlen(given) + 1), SMXLT_TYPE_UTF8, format};
+}
+
+// The element between the beginning and the end of a document. Null when memory is short, or a
+// value has no text.
+Buffer build_document(const Event& event, const char* category) {
+  constexpr SMXGValueFormat kEscaped{0, 1};
+  constexpr SMXGValueFormat kBytes{1024, 0};
+  const int64_t seconds = time(nullptr);
+  const auto date = static_cast<int32_t>(seconds);
+  char host[256];
+  uint32_t host_size = sizeof host;
+  if (net::host_name(host, &host_size) != SM_STATUS_SUCCESS) {
+    host[0] = '\0';
+  }
+  struct Child {
+    const char* name;
+    XmlValue value;
+  };
+  const Child children[] = {
+      {"TimeStamp", number(seconds, SMXLT_TYPE_S64)},
+      {"DateTime", number(date, SMXLT_TYPE_TIME)},
+      {"ComputerName", words(host)},
+      {"Type", number(event.type, SMXLT_TYPE_U16)},
+      {"ID", number(event.id, SMXLT_TYPE_U32)},
+      {"Link", words(event.link, &kEscaped)},
+      {"UserInfo", words(event.user)},
+      {"Source", words(event.source)},
+      {"Category", words(category)},
+      {"Description", words(event.description)},
+      {"Data",
+       {event.data_size != 0 ? event.data : nullptr, event.data_size, SMXLT_TYPE_BINARY, &kBytes}},
+  };
+  Buffer buffer(xml_alloc(kFirstCapacity, 0));
+  bool built = buffer != nullptr && text::append(buffer->string, kBegin) &&
+               xml_begin_node(buffer.get(), kElement, nullptr) == SM_STATUS_SUCCESS;
+  for (const Child& child : children) {
+    built = built && xml_node(buffer.get(), child.name, nullptr, child.value) == SM_STATUS_SUCCESS;
+  }
+  built = built && xml_end_node(buffer.get(), kElement) == SM_STATUS_SUCCESS &&
+          text::append(buffer->string, kEnd);
+  return built ? std::move(buffer) : nullptr;
+}
+
+// ---- The document ----
+
+// Where the last end of a document begins, which is behind the declaration; none when it was lost.
+std::optional<off_t> find_end(const os::FileDescriptor& file, off_t size) {
+  // Nearly always it is the last thing in the file.
+  off_t block = kEnd.size();
+  char bytes[4096];
+  for (off_t end = size; end - kDeclarationSize >= static_cast<off_t>(kEnd.size());) {
+    const off_t start = std::max(kDeclarationSize, end - block);
+    const auto count = static_cast<size_t>(end - start);
+    if (file.read_all_at(bytes, count, start) != static_cast<ssize_t>(count)) {
+      return std::nullopt;
+    }
+    const size_t found = std::string_view(bytes, count).rfind(kEnd);
+    if (found != std::string_view::npos) {
+      return start + static_cast<off_t>(found);
+    }
+    // The next block ends with what may be the rest of one that begins in it.
+    end = start == kDeclarationSize ? 0 : start + static_cast<off_t>(kEnd.size()) - 1;
+    block = sizeof bytes;
+  }
+  return std::nullopt;
+}
+
+// `document` is a whole one with one element, of which a log that has a beginning takes the rest.
+SMStatus insert_element(const char* path, std::string_view document) {
+  LockedLog log(path, O_RDWR);
+  if (log.status() != SM_STATUS_SUCCESS) {
+    return log.status();
+  }
+  if (log.size() < kDeclarationSize) {
+    char before[kDeclarationSize];
+    const ssize_t count = log.file().read_all_at(before, sizeof before, 0);
+    return log.write(0, document, {before, static_cast<size_t>(std::max<ssize_t>(count, 0))});
+  }
+  const std::optional<off_t> end = find_end(log.file(), log.size());
+  document.remove_prefix(kBegin.size());
+  return end.has_value() ? log.write(*end, document, kEnd) : SMStatus{SM_STATUS_OPERATION_FAILED};
+}
+
+}  // namespace
+
+SMStatus append_xml_event(const char* path, const Event& event, uint32_t max_size) {
+  const bool is_valid = path != nullptr && has_valid_data(event) && is_valid_user(event.user) &&
+                        is_valid_user(event.source) &&
+                        is_between(event.description, kLongestDescription);
+  if (!is_valid) {
+    return SM_STATUS_UNSUCCESSFUL;
+  }
+  const char* category = os::event_source_name(event.category);
+  const Buffer document = category != nullptr ? build_document(event, category) : nullptr;
+  if (document == nullptr) {
+    return frame::kFailed;
+  }
+  const std::string_view text(document->string.content, document->string.length);
+  if (back_up_when_full(path, text.size() - kBegin.size() - kEnd.size(), max_size)) {
+    // The event is what matters: it is written although this one could not be.
+    (void)append_xml_event(
+        path, {kInformation, 1, 1, event.source, kBackupMade, nullptr, 0, event.user, nullptr},
+        default_max_size());
+  }
+  return insert_element(path, text);
+}
+
+SMStatus clear_xml_log(const char* path, uint16_t category, const char* user, const char* source) {
+  // A log whose clearing cannot be told of is not cleared.
+  if (path == nullptr || !is_valid_user(user) || !is_valid_user(source)) {
+    return SM_STATUS_UNSUCCESSFUL;
+  }
+  const SMStatus status =
+      os::event_source_name(category) != nullptr ? delete_log(path) : frame::kFailed;
+  return status == SM_STATUS_SUCCESS
+             ? append_xml_event(
+                   path, {kInformation, category, 0, source, kCleared, nullptr, 0, user, kHelp},
+                   default_max_size())
+             : status;
+}
+
+}  // namespace kqsupt::log
