@@ -15,9 +15,11 @@
 #include "kqsupt/config.h"
 #include "kqsupt/ipc.h"
 #include "support/program.h"
+#include "support/scratch.h"
 
 namespace {
 
+using kqsupt::tests::put;
 using kqsupt::tests::Scratch;
 
 template <class Body>
@@ -81,25 +83,48 @@ TEST(Fork, AChildUsesFilesThatItsParentsThreadsAreWriting) {
   }
   const Scratch scratch;
   const std::string path = scratch.file("a.ini");
+  const std::string of_children = scratch.file("b.ini");
+  // Made first: what is changed takes a name for its new content, what is made does not.
+  const uint32_t zero = 0;
+  SMWriteINIPathFileValue("S", "K", SMINI_TYPE_U32, &zero, sizeof zero, of_children.c_str(), 1);
+  // With a base of 0 every look-up of a text reads the range of texts again.
+  const std::string ranges =
+      std::string(std::getenv("KQSUPT_SANDBOX")) + "/install/Quillance/ini/ini/kqisdy32.ini";
+  put(ranges, "[OEM Configuration]\nBaseID=0\n");
   std::atomic<bool> done = false;
   std::thread writer([&] {
     for (uint32_t i = 0; !done; ++i) {
       SMWriteINIPathFileValue("S", "K", SMINI_TYPE_U32, &i, sizeof i, path.c_str(), 1);
     }
   });
-  for (int i = 0; i < 50; ++i) {
-    ASSERT_EQ(in_child([&path] {
+  std::thread reader([&] {
+    while (!done) {
+      SMGetUCS2StrFromID(1, nullptr, nullptr, nullptr);
+    }
+  });
+  for (uint32_t i = 0; i < 50; ++i) {
+    EXPECT_EQ(in_child([&] {
                 uint32_t value = 0;
                 uint32_t size = sizeof value;
                 const SMStatus status = SMReadINIPathFileValue("S", "K", SMINI_TYPE_U32, &value,
                                                                &size, nullptr, 0, path.c_str(), 1);
-                return status == SM_STATUS_SUCCESS || status == SM_STATUS_FILE_OPEN_FAILED ? 0 : 1;
+                if (status != SM_STATUS_SUCCESS && status != SM_STATUS_FILE_OPEN_FAILED) {
+                  return 1;
+                }
+                if (SMWriteINIPathFileValue("S", "K", SMINI_TYPE_U32, &i, sizeof i,
+                                            of_children.c_str(), 1) != SM_STATUS_SUCCESS) {
+                  return 2;
+                }
+                SMGetUCS2StrFromID(1, nullptr, nullptr, nullptr);
+                return 0;
               }),
               0)
         << i;
   }
   done = true;
   writer.join();
+  reader.join();
+  unlink(ranges.c_str());
 }
 
 TEST(Fork, DescriptorsDoNotReachOtherPrograms) {
