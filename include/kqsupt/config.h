@@ -225,9 +225,9 @@ KQSUPT_API SMStatus SMReadINIPathFileValue(const char* section, const char* key,
  * file cannot be made, or the file not be added to. SM_STATUS_OUT_OF_SPACE: it cannot be written.
  * SM_STATUS_ALREADY_EXISTS: it cannot be renamed. 0xFFFFFFFF: the directory cannot be made, there
  * is no name for a new file, or the old one cannot be renamed. SM_STATUS_NO_MEMORY or 0xFFFFFFFF:
- * memory is short, as it always is for changing a file of 2 GiB or more. After each of these the
- * file is as it was. SM_STATUS_ACCESS_DENIED: the old content cannot be deleted, and the next one
- * to use the file goes back to it. Other statuses: the text is not UCS-2. */
+ * memory is short, as it always is for changing a file of more than 2,147,483,646 bytes. After each
+ * of these the file is as it was. SM_STATUS_ACCESS_DENIED: the old content cannot be deleted, and
+ * the next one to use the file goes back to it. Other statuses: the text is not UCS-2. */
 KQSUPT_API SMStatus SMWriteINIPathFileValue(const char* section, const char* key, uint32_t type,
                                             const void* value, uint32_t valueSize,
                                             const char* pathFileName, uint16_t lockWait);
@@ -295,9 +295,9 @@ KQSUPT_API SMStatus SMPropertyFileReadValue(const char* key, uint32_t typeCode, 
  *
  * SM_STATUS_INVALID_PARAMETER: an argument NULL. SM_STATUS_FILE_OPEN_FAILED,
  * SM_STATUS_UNSUCCESSFUL: the file cannot be opened, or read. SM_STATUS_NO_MEMORY, also for a file
- * of 2 GiB or more. The statuses of SMXLTTypeValueToUTF8 when the value cannot be converted, those
- * of SMWriteINIPathFileValue when the file cannot be replaced. After each of these the file is as
- * it was. */
+ * of more than 2,147,483,646 bytes. The statuses of SMXLTTypeValueToUTF8 when the value cannot be
+ * converted, those of SMWriteINIPathFileValue when the file cannot be replaced. After each of these
+ * the file is as it was. */
 KQSUPT_API SMStatus SMPropertyFileWriteValue(const char* key, uint32_t typeCode, const void* value,
                                              uint32_t valueSize, const char* pathFileName,
                                              uint16_t lockWait);

@@ -141,7 +141,7 @@ SMStatus read_whole_file(const char* path, WholeFile* file) {
   if (fstat(input.get(), &about) != 0 || !S_ISREG(about.st_mode)) {
     return SM_STATUS_UNSUCCESSFUL;
   }
-  // What no block of this host could hold must not look smaller for being counted in its sizes.
+  // A size that a 32-bit host cannot count would look like a small one there.
   constexpr off_t kLargestFile = INT32_MAX - 1;
   if (about.st_size > kLargestFile) {
     return SM_STATUS_NO_MEMORY;

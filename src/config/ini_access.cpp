@@ -106,8 +106,8 @@ bool build_section(bool is_first, const IniText& ini, text::TextBuilder* lines) 
          lines->append(ini.value) && lines->append('\n');
 }
 
-// No program becomes executable, and nobody's, by being added to.
-void drop_executable_bits(const FileDescriptor& file) {
+// A file that is added to loses the bits that a change would take from it.
+void drop_other_bits(const FileDescriptor& file) {
   struct stat about {};
   if (fstat(file.get(), &about) == 0 && (about.st_mode & 07777 & ~kKeptBits) != 0) {
     (void)fchmod(file.get(), about.st_mode & kKeptBits);
@@ -128,7 +128,7 @@ SMStatus append_bytes(const char* path, std::optional<size_t> size, std::string_
   }
   const bool written = file.write_all(bytes);
   if (written && !is_new) {
-    drop_executable_bits(file);
+    drop_other_bits(file);
   }
   if (!written || !file.close()) {
     // Nothing of it stays.

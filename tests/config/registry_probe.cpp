@@ -1,5 +1,5 @@
-// registry-probe path | path-after-first-appears | all | texts ID...: what a process that has just been started is
-// told of the install registry, one line a function.
+// registry-probe path | path-after-first-appears | all | texts ID...: what a process that has just
+// been started is told of the install registry, one line a function.
 
 #include <cstdio>
 #include <cstdlib>
