@@ -189,8 +189,8 @@ enum {
  * cannot be had; the status tells that it could not. Text: at most `*size` bytes of it, the last of
  * them 0, and `*size` receives their number; without a default the text is empty and `*size` 0.
  * This is so for a section or key that is not found and for a malformed header; after any other
- * failure the buffer is as it was, and for lists no default is used. Other types: whatever failed,
- * when the default has the size of the type at least; else `*size` receives 0.
+ * failure the buffer is as it was, and for lists no default is used. Other types: whatever failed
+ * but an argument, when the default has the size of the type at least; else `*size` receives 0.
  *
  * SM_STATUS_UNSUCCESSFUL: `buffer` or `size` NULL, `*size` too small for the type, no path, an
  * unknown type, no section or key for a type that is not SMINI_TYPE_UTF8, a default of type
