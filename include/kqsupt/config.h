@@ -54,10 +54,10 @@ enum {
  * bytes and receives the size of the path with its terminator. With `buffer` NULL nothing is
  * copied.
  *
- * SM_STATUS_INVALID_PARAMETER: `size` NULL. SM_STATUS_DATA_NOT_FOUND: no such product or type, the
- * registry does not tell, or memory is too short to read it; SM_STATUS_OPERATION_FAILED: the path
- * does not exist now; with either `*size` 0. SM_STATUS_BUFFER_TOO_SMALL: `*size` is too small, also
- * with `buffer` NULL. */
+ * SM_STATUS_DATA_NOT_FOUND: no such product or type, the registry does not tell, or memory is too
+ * short to read it; SM_STATUS_OPERATION_FAILED: the path does not exist now; with either `*size` 0,
+ * and `size` may be NULL. SM_STATUS_INVALID_PARAMETER: `size` NULL where there is such a path.
+ * SM_STATUS_BUFFER_TOO_SMALL: `*size` is too small, also with `buffer` NULL. */
 KQSUPT_API SMStatus SMGetPathByProductIDandType(int32_t productID, uint32_t pathType, char* buffer,
                                                 uint32_t* size);
 
@@ -163,7 +163,7 @@ KQSUPT_API void SMFilePropFree(SMFileProp* file);
 enum {
   SMINI_TYPE_UTF8 = 1,        /* text, as it stands */
   SMINI_TYPE_UCS2_STRICT = 2, /* UCS-2 text whose size must be that of the text */
-  SMINI_TYPE_UCS2 = 3,        /* UCS-2 text, to its end or to that of the value */
+  SMINI_TYPE_UCS2 = 3,        /* UCS-2 text whose size may differ from its own */
   SMINI_TYPE_BOOLEAN = 4,     /* uint16_t, 1 or 0: "TRUE" or "FALSE" */
   SMINI_TYPE_U32 = 5,         /* uint32_t, decimal */
   SMINI_TYPE_S32 = 6,         /* int32_t */
@@ -180,24 +180,26 @@ enum {
  * `key` NULL the list of the section's keys: terminated names with an empty one at the end. Of a
  * list that is too long for the buffer the names that fit are copied.
  *
- * UCS-2 text: the same, without lists. Values of other types need their size at least, which
- * `*size` keeps. Numbers are read as far as they go, and saturate; text that does not begin with
- * one is 0. A boolean is "TRUE" or "FALSE" in any case of letters, up to the first space.
+ * UCS-2 text: the same. Values of other types need their size at least, which `*size` keeps. Lists
+ * there are of text only: for every other type `section` and `key` must be given. Numbers are read
+ * as far as they go, and saturate; text that does not begin with one is 0. A boolean is "TRUE" or
+ * "FALSE" in any case of letters, up to the first space.
  *
  * `defaultValue` and `defaultSize`, when neither is 0, give what the buffer receives when the value
  * cannot be had; the status tells that it could not. Text: at most `*size` bytes of it, the last of
  * them 0, and `*size` receives their number; without a default the text is empty and `*size` 0.
  * This is so for a section or key that is not found and for a malformed header; after any other
- * failure the buffer is as it was. Other types: whatever failed, when the default has the size of
- * the type at least; else `*size` receives 0.
+ * failure the buffer is as it was, and for lists no default is used. Other types: whatever failed
+ * but an argument, when the default has the size of the type at least; else `*size` receives 0.
  *
  * SM_STATUS_UNSUCCESSFUL: `buffer` or `size` NULL, `*size` too small for the type, no path, an
- * unknown type, a default of type SMINI_TYPE_UCS2_STRICT whose size is not that of the text; the
- * file is not a file that can be read. SM_STATUS_FILE_OPEN_FAILED: it cannot be opened.
- * SM_STATUS_SECTION_NOT_FOUND, SM_STATUS_KEY_NOT_FOUND: no such section, no such key; for a list,
- * none at all. SM_STATUS_END_OF_FILE: a header without "]" before what is looked for.
- * SM_STATUS_BAD_LENGTH: neither "TRUE" nor "FALSE", or not UTF-8 where UCS-2 is wanted.
- * SM_STATUS_NO_MEMORY or 0xFFFFFFFF: memory is short. */
+ * unknown type, no section or key for a type that is not SMINI_TYPE_UTF8, a default of type
+ * SMINI_TYPE_UCS2_STRICT whose size is not that of the text; the file is not a file that can be
+ * read. SM_STATUS_FILE_OPEN_FAILED: it cannot be opened. SM_STATUS_SECTION_NOT_FOUND,
+ * SM_STATUS_KEY_NOT_FOUND: no such section, no such key; for a list, none at all.
+ * SM_STATUS_END_OF_FILE: a header without "]" before what is looked for. SM_STATUS_BAD_LENGTH:
+ * neither "TRUE" nor "FALSE", or not UTF-8 where UCS-2 is wanted. SM_STATUS_NO_MEMORY or
+ * 0xFFFFFFFF: memory is short. */
 KQSUPT_API SMStatus SMReadINIPathFileValue(const char* section, const char* key, uint32_t type,
                                            void* buffer, uint32_t* size, const void* defaultValue,
                                            uint32_t defaultSize, const char* pathFileName,
@@ -209,10 +211,11 @@ KQSUPT_API SMStatus SMReadINIPathFileValue(const char* section, const char* key,
  * made, with its directory. Comments and blank lines that end the file are dropped when its last
  * section gains a key.
  *
- * Text with `value` NULL and `valueSize` 0 takes the key out; with `key` NULL the whole section
- * goes, up to the next line with "[" or "#" in its first column. Of text `valueSize` is the size
- * with its terminator; of SMINI_TYPE_UCS2 it may be more or less, up to 2,048; of other types the
- * size of the type at least.
+ * Text with `value` NULL and `valueSize` 0 takes the key out. With `key` NULL, whether or not a
+ * value is given, the whole section goes, up to the next line with "[" or "#" in its first column.
+ * Of text `valueSize` is the size with its terminator, of UCS-2 text at most 2,048. Of
+ * SMINI_TYPE_UCS2 it is only checked, from 1 to 2,048: the text is written to its terminator, which
+ * must be there. Of other types it is the size of the type at least.
  *
  * SM_STATUS_UNSUCCESSFUL: no section, no path or one that ends in "/", a name of more than 255
  * bytes, an unknown type, no key for a type that is not text, or the file cannot be read.
@@ -222,16 +225,16 @@ KQSUPT_API SMStatus SMReadINIPathFileValue(const char* section, const char* key,
  * file cannot be made, or the file not be added to. SM_STATUS_OUT_OF_SPACE: it cannot be written.
  * SM_STATUS_ALREADY_EXISTS: it cannot be renamed. 0xFFFFFFFF: the directory cannot be made, there
  * is no name for a new file, or the old one cannot be renamed. SM_STATUS_NO_MEMORY or 0xFFFFFFFF:
- * memory is short. After each of these the file is as it was. SM_STATUS_ACCESS_DENIED: the old
- * content cannot be deleted, and the next one to use the file goes back to it. Other statuses: the
- * text is not UCS-2. */
+ * memory is short, as it always is for changing a file of more than 2,147,483,646 bytes. After each
+ * of these the file is as it was. SM_STATUS_ACCESS_DENIED: the old content cannot be deleted, and
+ * the next one to use the file goes back to it. Other statuses: the text is not UCS-2. */
 KQSUPT_API SMStatus SMWriteINIPathFileValue(const char* section, const char* key, uint32_t type,
                                             const void* value, uint32_t valueSize,
                                             const char* pathFileName, uint16_t lockWait);
 
 /* The same for the file `fileName` in the directory "ini" in the path for INI files of the product
  * Quillance. 0xFFFFFFFF when the product has no such path; SM_STATUS_BUFFER_TOO_SMALL when that of
- * the file has more than 255 bytes; SM_STATUS_UNSUCCESSFUL when `fileName` is NULL. */
+ * the file has more than 254 bytes; SM_STATUS_UNSUCCESSFUL when `fileName` is NULL. */
 KQSUPT_API SMStatus SMReadINIFileValue(const char* section, const char* key, uint32_t type,
                                        void* buffer, uint32_t* size, const void* defaultValue,
                                        uint32_t defaultSize, const char* fileName,
@@ -275,7 +278,7 @@ KQSUPT_API uint32_t SMReadINIEnums32Value(const char* section, const char* key,
  * `key` NULL and SMXLT_TYPE_UTF8 it is the list of all keys: terminated names with an empty one at
  * the end, and `*size` receives the size of the whole list.
  *
- * `defaultValue`, when it is given with a `defaultSize` from 1 to `*size`, is copied to the buffer
+ * `defaultValue`, when it is given with a `defaultSize` of at most `*size`, is copied to the buffer
  * after any failure, and `*size` receives `defaultSize`.
  *
  * SM_STATUS_INVALID_PARAMETER: `size` or `pathFileName` NULL, or `key` NULL with another type.
@@ -291,9 +294,10 @@ KQSUPT_API SMStatus SMPropertyFileReadValue(const char* key, uint32_t typeCode, 
  * emptied.
  *
  * SM_STATUS_INVALID_PARAMETER: an argument NULL. SM_STATUS_FILE_OPEN_FAILED,
- * SM_STATUS_UNSUCCESSFUL: the file cannot be opened, or read. SM_STATUS_NO_MEMORY. The statuses of
- * SMXLTTypeValueToUTF8 when the value cannot be converted, those of SMWriteINIPathFileValue when
- * the file cannot be replaced. After each of these the file is as it was. */
+ * SM_STATUS_UNSUCCESSFUL: the file cannot be opened, or read. SM_STATUS_NO_MEMORY, also for a file
+ * of more than 2,147,483,646 bytes. The statuses of SMXLTTypeValueToUTF8 when the value cannot be
+ * converted, those of SMWriteINIPathFileValue when the file cannot be replaced. After each of these
+ * the file is as it was. */
 KQSUPT_API SMStatus SMPropertyFileWriteValue(const char* key, uint32_t typeCode, const void* value,
                                              uint32_t valueSize, const char* pathFileName,
                                              uint16_t lockWait);
@@ -330,10 +334,10 @@ KQSUPT_API uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t* languageID, 
 /* ---- Names of PCI devices ---------------------------------------------------------------------- */
 
 /* Looks up the names of a PCI device and its vendor in a text file. Its lines are fields with tabs
- * between them: a kind, an identifier in hexadecimal, a name; what follows ";" is a comment. "V" is
- * a vendor, "D" a device of the vendor before, "O" a maker of boards with the device before, "S" a
- * board of the maker before; the name of a board, or else of its maker, stands for that of the
- * device.
+ * between them: a kind, an identifier in hexadecimal, a name; what follows ";" is a comment. Lines
+ * with fewer fields, or whose identifier is no number, are skipped. "V" is a vendor, "D" a device
+ * of the vendor before, "O" a maker of boards with the device before, "S" a board of the maker
+ * before; the name of a board, or else of its maker, stands for that of the device.
  *
  * `*vendorNameSize` and `*deviceNameSize` are the room in bytes and receive the lengths of the
  * names without their terminators; a name that is too long is cut. A name that is not found is

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -84,9 +85,8 @@ class TemporaryFile {
   SMStatus choose_path(const char* directory) {
     char name[16];
     uint32_t size = sizeof name;
-    const SMStatus status = make_temporary_name(directory, name, &size);
-    if (status != SM_STATUS_SUCCESS) {
-      return status == SM_STATUS_NO_MEMORY ? status : frame::kFailed;
+    if (make_temporary_name(directory, name, &size) != SM_STATUS_SUCCESS) {
+      return frame::kFailed;
     }
     path_ = concatenated({directory, "/", name}, &length_);
     return path_ != nullptr ? SMStatus{SM_STATUS_SUCCESS} : SMStatus{SM_STATUS_NO_MEMORY};
@@ -141,6 +141,11 @@ SMStatus read_whole_file(const char* path, WholeFile* file) {
   if (fstat(input.get(), &about) != 0 || !S_ISREG(about.st_mode)) {
     return SM_STATUS_UNSUCCESSFUL;
   }
+  // A size that a 32-bit host cannot count would look like a small one there.
+  constexpr off_t kLargestFile = INT32_MAX - 1;
+  if (about.st_size > kLargestFile) {
+    return SM_STATUS_NO_MEMORY;
+  }
   const auto size = static_cast<size_t>(about.st_size);
   file->mode = about.st_mode & 07777;
   file->bytes.reset(static_cast<char*>(std::malloc(size + 1)));
@@ -160,8 +165,6 @@ SMStatus replace_file(const char* path, const char* directory, mode_t mode,
     return SM_STATUS_NO_MEMORY;
   }
   TemporaryFile temporary;
-  // No program becomes executable, and nobody's, by being changed here.
-  constexpr mode_t kKeptBits = 01666;
   const SMStatus status = temporary.create(directory, mode & kKeptBits);
   if (status != SM_STATUS_SUCCESS) {
     return status;

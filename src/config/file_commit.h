@@ -1,4 +1,4 @@
-// Replacing a file as a whole, so that whoever is interrupted at any point leaves the old content
+// Replacing a file as a whole, so that a process that is killed at any point leaves the old content
 // or the new one behind.
 #pragma once
 
@@ -49,15 +49,19 @@ struct WholeFile {
   [[nodiscard]] std::string_view content() const { return {bytes.get(), size}; }
 };
 
-// SM_STATUS_FILE_OPEN_FAILED; SM_STATUS_NO_MEMORY; SM_STATUS_UNSUCCESSFUL when it cannot be read.
+// The bits that a file keeps when it is changed: nothing of it is a program.
+inline constexpr mode_t kKeptBits = 01666;
+
+// SM_STATUS_FILE_OPEN_FAILED; SM_STATUS_NO_MEMORY, also for a file that has more bytes than blocks
+// on every host have; SM_STATUS_UNSUCCESSFUL when it cannot be read.
 [[nodiscard]] SMStatus read_whole_file(const char* path, WholeFile* file);
 
 // Replaces the file by the parts, one behind the other. It keeps its bits for reading and writing.
-// 0xFFFFFFFF when there is no name for the new file or the old one cannot be renamed,
-// SM_STATUS_FILE_NOT_FOUND when the new file cannot be made, SM_STATUS_OUT_OF_SPACE when it cannot
-// be written, SM_STATUS_ALREADY_EXISTS when it cannot be renamed: the file is as it was, and there
-// is no other. SM_STATUS_ACCESS_DENIED when the backup cannot be deleted: whoever recovers the file
-// goes back to the old content.
+// 0xFFFFFFFF when there is no name for the new file, or no memory to look for one, or the old one
+// cannot be renamed, SM_STATUS_NO_MEMORY, SM_STATUS_FILE_NOT_FOUND when the new file cannot be
+// made, SM_STATUS_OUT_OF_SPACE when it cannot be written, SM_STATUS_ALREADY_EXISTS when it cannot
+// be renamed: the file is as it was, and there is no other. SM_STATUS_ACCESS_DENIED when the backup
+// cannot be deleted: whoever recovers the file goes back to the old content.
 [[nodiscard]] SMStatus replace_file(const char* path, const char* directory, mode_t mode,
                                     std::initializer_list<std::string_view> parts);
 

@@ -106,6 +106,14 @@ bool build_section(bool is_first, const IniText& ini, text::TextBuilder* lines) 
          lines->append(ini.value) && lines->append('\n');
 }
 
+// A file that is added to loses the bits that a change would take from it.
+void drop_other_bits(const FileDescriptor& file) {
+  struct stat about {};
+  if (fstat(file.get(), &about) == 0 && (about.st_mode & 07777 & ~kKeptBits) != 0) {
+    (void)fchmod(file.get(), about.st_mode & kKeptBits);
+  }
+}
+
 // Adds bytes to the end of the file. Where `size` is none it is missing, and made.
 SMStatus append_bytes(const char* path, std::optional<size_t> size, std::string_view bytes) {
   const bool is_new = !size.has_value();
@@ -118,7 +126,11 @@ SMStatus append_bytes(const char* path, std::optional<size_t> size, std::string_
   if (is_new) {
     (void)fchmod(file.get(), 0644);
   }
-  if (!file.write_all(bytes) || !file.close()) {
+  const bool written = file.write_all(bytes);
+  if (written && !is_new) {
+    drop_other_bits(file);
+  }
+  if (!written || !file.close()) {
     // Nothing of it stays.
     if (is_new) {
       unlink(path);

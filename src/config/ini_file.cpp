@@ -205,7 +205,7 @@ SMStatus copy_wide(const char* text, void* buffer, uint32_t* size) {
 
 SMStatus read_wide(const char* section, const char* key, void* buffer, uint32_t* size,
                    const IniDefault& fallback, const char* path, bool wait) {
-  if (buffer == nullptr || size == nullptr || *size < sizeof(ustring)) {
+  if (buffer == nullptr || size == nullptr || *size == 0) {
     return SM_STATUS_UNSUCCESSFUL;
   }
   const frame::HeapPtr<char> text(static_cast<char*>(std::malloc(kWideTextSize)));
@@ -234,15 +234,28 @@ SMStatus write_wide(const char* section, const char* key, const void* value, uin
   if (value_size < 1 || value_size > kLargestWide) {
     return SM_STATUS_BAD_LENGTH;
   }
-  // A copy: what callers hand over need be neither aligned nor, within its size, terminated.
-  const auto wide = frame::heap_array<ustring>(value_size / sizeof(ustring) + 1);
-  const auto text = frame::heap_array<char>(kTextSize);
-  if (wide == nullptr || text == nullptr) {
+  // The text is written to its terminator, wherever that is: of the size only the range counts. A
+  // copy, since what callers hand over need not be aligned.
+  const auto* units = static_cast<const uint8_t*>(value);
+  size_t count = 1;
+  while (load<ustring>(units + (count - 1) * sizeof(ustring)) != 0) {
+    ++count;
+  }
+  const auto wide = frame::heap_array<ustring>(count);
+  if (wide == nullptr) {
     return frame::kFailed;
   }
-  std::memcpy(wide.get(), value, value_size / sizeof(ustring) * sizeof(ustring));
-  uint32_t size = kTextSize;
-  const SMStatus status = text::ucs2_to_utf8(text.get(), &size, wide.get());
+  std::memcpy(wide.get(), value, count * sizeof(ustring));
+  uint32_t size = 0;
+  SMStatus status = text::ucs2_to_utf8(nullptr, &size, wide.get());
+  if (status != SM_STATUS_SUCCESS) {
+    return status;
+  }
+  const auto text = frame::heap_array<char>(size);
+  if (text == nullptr) {
+    return frame::kFailed;
+  }
+  status = text::ucs2_to_utf8(text.get(), &size, wide.get());
   return status == SM_STATUS_SUCCESS ? write_ini_text(section, key, text.get(), size, path, wait)
                                      : status;
 }
@@ -268,13 +281,13 @@ class OwnPath {
       return;
     }
     const std::string_view directory = "/ini/";
-    const size_t length = std::strlen(text_);
     const std::string_view name(file_name);
-    if (length + directory.size() + name.size() + 1 > sizeof text_) {
+    // The terminator is counted twice: in the size, and with the directory.
+    if (size + directory.size() + 1 + name.size() > sizeof text_) {
       status_ = SM_STATUS_BUFFER_TOO_SMALL;
       return;
     }
-    char* end = std::copy(directory.begin(), directory.end(), text_ + length);
+    char* end = std::copy(directory.begin(), directory.end(), text_ + size - 1);
     *std::copy(name.begin(), name.end(), end) = '\0';
   }
 
@@ -292,6 +305,10 @@ SMStatus read_ini_value(const char* section, const char* key, uint32_t type, voi
                         uint32_t* size, const void* default_value, uint32_t default_size,
                         const char* path, bool wait) {
   const IniDefault fallback{default_value, default_size};
+  // Only text has lists.
+  if (type != SMINI_TYPE_UTF8 && (section == nullptr || key == nullptr)) {
+    return SM_STATUS_UNSUCCESSFUL;
+  }
   switch (type) {
     case SMINI_TYPE_UTF8:
       return read_ini_text(section, key, static_cast<char*>(buffer), size, fallback, path, wait);

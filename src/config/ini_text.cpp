@@ -140,7 +140,7 @@ SMStatus edit_ini_key(std::string_view content, std::string_view section, std::s
       run = run.value_or(offset);
       continue;
     }
-    if (text.starts_with('[')) {
+    if (is_header(line)) {
       *edit = {run.value_or(offset), run.value_or(offset)};
       return SM_STATUS_SUCCESS;
     }

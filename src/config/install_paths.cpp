@@ -147,7 +147,9 @@ const char* look_up(int32_t product_id, uint32_t path_type) {
 }
 
 SMStatus fail(SMStatus status, uint32_t* size) {
-  *size = 0;
+  if (size != nullptr) {
+    *size = 0;
+  }
   return status;
 }
 
@@ -196,9 +198,12 @@ frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type, SMStatus*
 }
 
 bool start_install_paths() {
+  if (!ipc::hold_over_forks(table_mutex)) {
+    return false;
+  }
   const LocalMutexGuard guard(table_mutex);
   load();
-  return ipc::hold_over_forks(table_mutex);
+  return true;
 }
 
 void stop_install_paths() {
@@ -207,9 +212,6 @@ void stop_install_paths() {
 }
 
 SMStatus get_path(int32_t product_id, uint32_t path_type, char* buffer, uint32_t* size) {
-  if (size == nullptr) {
-    return SM_STATUS_INVALID_PARAMETER;
-  }
   const LocalMutexGuard guard(table_mutex);
   const char* path = look_up(product_id, path_type);
   if (path == nullptr) {
@@ -219,8 +221,10 @@ SMStatus get_path(int32_t product_id, uint32_t path_type, char* buffer, uint32_t
   if (path == nullptr) {
     return fail(SM_STATUS_DATA_NOT_FOUND, size);
   }
-  return access(path, F_OK) == 0 ? copy_out(path, buffer, size)
-                                 : fail(SM_STATUS_OPERATION_FAILED, size);
+  if (access(path, F_OK) != 0) {
+    return fail(SM_STATUS_OPERATION_FAILED, size);
+  }
+  return size != nullptr ? copy_out(path, buffer, size) : SMStatus{SM_STATUS_INVALID_PARAMETER};
 }
 
 SMStatus expand_install_path(const char* text, char* buffer, uint32_t* size) {

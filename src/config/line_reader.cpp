@@ -29,11 +29,11 @@ bool LineReader::refill() {
   const auto left = static_cast<size_t>(end_ - begin_);
   std::memmove(buffer_.data(), begin_, left);
   const size_t room = buffer_.size() - left;
-  const ssize_t count = file_->read_some(buffer_.data() + left, room);
+  const ssize_t count = file_->read_all(buffer_.data() + left, room);
   failed_ = count < 0;
   begin_ = buffer_.data();
   end_ = begin_ + left + (failed_ ? 0 : static_cast<size_t>(count));
-  // A file gives less than was asked for at its end only.
+  // Only its end leaves room: one read may bring less than there is.
   if (failed_ || static_cast<size_t>(count) < room) {
     file_ = nullptr;
   }

@@ -172,7 +172,7 @@ SMStatus find_pci_names(const PciDevice& device, const char* path, const NameRoo
       break;
     }
   }
-  return search.found() ? SM_STATUS_SUCCESS : SM_STATUS_FILE_NOT_FOUND;
+  return search.found() && !lines.failed() ? SM_STATUS_SUCCESS : SM_STATUS_FILE_NOT_FOUND;
 }
 
 }  // namespace kqsupt::config

@@ -57,7 +57,11 @@ SMStatus find_property(LineReader& lines, std::string_view key, text::TextBuilde
       part = lines.next(line) ? parse_continuation(line) : Continuation{{}, false};
       fits = fits && value->append(part.text);
     }
-    return fits ? SMStatus{SM_STATUS_SUCCESS} : SMStatus{SM_STATUS_NO_MEMORY};
+    if (!fits) {
+      return SM_STATUS_NO_MEMORY;
+    }
+    // A value whose end could not be read is none.
+    return lines.failed() ? SMStatus{SM_STATUS_UNSUCCESSFUL} : SMStatus{SM_STATUS_SUCCESS};
   }
   return lines.failed() ? SMStatus{SM_STATUS_UNSUCCESSFUL} : SMStatus{SM_STATUS_KEY_NOT_FOUND};
 }
@@ -167,7 +171,7 @@ SMStatus read_property(const char* key, uint32_t type, void* buffer, uint32_t* s
   const uint32_t capacity = *size;
   const SMStatus status = read_typed(key, type, buffer, size, path, wait);
   if (status != SM_STATUS_SUCCESS && default_value != nullptr && buffer != nullptr &&
-      default_size != 0 && default_size <= capacity) {
+      default_size <= capacity) {
     std::memcpy(buffer, default_value, default_size);
     *size = default_size;
   }

@@ -3,6 +3,8 @@
 
 #include "config/string_ids.h"
 
+#include <pthread.h>
+
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -83,6 +85,12 @@ struct Range {
 constinit ipc::LocalMutex range_mutex;
 constinit Range known_range;
 
+constinit pthread_once_t forks_once = PTHREAD_ONCE_INIT;
+
+void survive_forks() {
+  pthread_once(&forks_once, [] { (void)ipc::hold_over_forks(range_mutex); });
+}
+
 // False, with the number as it was, when neither a number nor that there is none could be found out:
 // memory was short, or the product has no directory for INI files.
 bool read_number(const char* key, uint32_t* number) {
@@ -98,6 +106,7 @@ bool read_number(const char* key, uint32_t* number) {
 }
 
 Range current_range() {
+  survive_forks();
   {
     const ipc::LocalMutexGuard guard(range_mutex);
     if (known_range.base != 0) {

@@ -12,6 +12,7 @@
 
 #include "frame/heap.h"
 #include "frame/status.h"
+#include "ipc/local_mutex.h"
 
 namespace kqsupt::config {
 namespace {
@@ -19,9 +20,21 @@ namespace {
 constexpr char kCharacters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
 constexpr int kTries = 100;
 
-constinit pthread_once_t seeded = PTHREAD_ONCE_INIT;
+// The generator is the process's own, and the C library has a lock for it that no fork takes: a
+// child would find it taken for ever by a thread that was drawing here.
+constinit ipc::LocalMutex generator_mutex;
+constinit bool seeded = false;
 
+constinit pthread_once_t forks_once = PTHREAD_ONCE_INIT;
+
+// Processes that begin in the same second draw the same names: the test is what keeps them apart.
 void draw(char* name) {
+  pthread_once(&forks_once, [] { (void)ipc::hold_over_forks(generator_mutex); });
+  const ipc::LocalMutexGuard guard(generator_mutex);
+  if (!seeded) {
+    std::srand(static_cast<unsigned>(std::time(nullptr)));
+    seeded = true;
+  }
   for (uint32_t i = 0; i < kTemporaryNameSize - 1; ++i) {
     name[i] = kCharacters[static_cast<unsigned>(std::rand()) % (sizeof kCharacters - 1)];
   }
@@ -38,8 +51,6 @@ SMStatus make_temporary_name(const char* directory, char* buffer, uint32_t* size
     *size = kTemporaryNameSize;
     return SM_STATUS_BUFFER_TOO_SMALL;
   }
-  // Processes that begin in the same second draw the same names: the test is what keeps them apart.
-  pthread_once(&seeded, [] { std::srand(static_cast<unsigned>(std::time(nullptr))); });
   const size_t path_size = std::strlen(directory) + 1 + kTemporaryNameSize;
   const frame::HeapPtr<char> path(static_cast<char*>(std::malloc(path_size)));
   if (path == nullptr) {

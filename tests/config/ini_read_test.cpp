@@ -330,6 +330,15 @@ TEST_F(IniRead, ABitMaskCombinesTheNamesOfAList) {
   EXPECT_EQ(value("absent"), 1U);
 }
 
+TEST_F(IniRead, OnlyOneMakesABitMask) {
+  put_file("[s]\nk=a,b\n");
+  const char* path = path_.c_str();
+  EXPECT_EQ(SMReadINIEnums32Value("s", "k", kTable, 5, 1, path, 1), 3U);
+  for (const uint16_t other : {uint16_t{0}, uint16_t{2}, uint16_t{0x101}, uint16_t{0xFFFF}}) {
+    EXPECT_EQ(SMReadINIEnums32Value("s", "k", kTable, 5, other, path, 1), 100U) << other;
+  }
+}
+
 TEST_F(IniRead, ATableNeedsTwoEntriesAndAllPointers) {
   put_file("[s]\nk=a\n");
   const char* path = path_.c_str();

@@ -120,6 +120,15 @@ TEST_F(IniTyped, Numbers64Saturate) {
   EXPECT_EQ(read_as<uint64_t>(7, "k"), (Got<uint64_t>{0, 0, 8}));
 }
 
+TEST_F(IniTyped, Numbers64HaveASignWhereTheirTypeDoes) {
+  put_value("-5");
+  EXPECT_EQ(read_as<uint64_t>(7, "k"), (Got<uint64_t>{0, 0, 8}));
+  EXPECT_EQ(read_as<int64_t>(8, "k"), (Got<int64_t>{0, -5, 8}));
+  put_value(" \v+5 x");
+  EXPECT_EQ(read_as<uint64_t>(7, "k"), (Got<uint64_t>{0, 5, 8}));
+  EXPECT_EQ(read_as<int64_t>(8, "k"), (Got<int64_t>{0, 5, 8}));
+}
+
 TEST_F(IniTyped, DoublesAreReadAsFarAsTheyGo) {
   put_value(" -1.5e3x");
   EXPECT_EQ(read_as<double>(9, "k"), (Got<double>{0, -1500.0, 8}));
@@ -217,7 +226,7 @@ TEST_F(IniTyped, WideTextIsConverted) {
 
 TEST_F(IniTyped, WideTextThatDoesNotFitTellsItsSize) {
   put_value("grüße");
-  for (uint32_t capacity = 2; capacity < 12; ++capacity) {
+  for (uint32_t capacity = 1; capacity < 12; ++capacity) {
     const Guarded<uint8_t> buffer(capacity, 0x55);
     uint32_t size = capacity;
     EXPECT_EQ(
@@ -225,6 +234,38 @@ TEST_F(IniTyped, WideTextThatDoesNotFitTellsItsSize) {
         SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, 12U);
     EXPECT_EQ(buffer.data()[0], 0x55);
+  }
+}
+
+TEST_F(IniTyped, WideTextNeedsABufferAndASize) {
+  put_value("grüße");
+  for (const uint32_t type : {2U, 3U}) {
+    ustring buffer[8] = {77};
+    const char* path = path_.c_str();
+    uint32_t size = 0;
+    EXPECT_EQ(SMReadINIPathFileValue("s", "k", type, buffer, &size, nullptr, 0, path, 1), 2U);
+    EXPECT_EQ(SMReadINIPathFileValue("s", "k", type, buffer, nullptr, nullptr, 0, path, 1), 2U);
+    size = sizeof buffer;
+    EXPECT_EQ(SMReadINIPathFileValue("s", "k", type, nullptr, &size, nullptr, 0, path, 1), 2U);
+    EXPECT_EQ(buffer[0], 77);
+  }
+}
+
+TEST_F(IniTyped, OnlyTextHasLists) {
+  put_file("[s]\nk=1\n");
+  const uint64_t fallback = 0;
+  for (const uint32_t type : {2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U}) {
+    const char* path = path_.c_str();
+    uint64_t value = 77;
+    uint32_t size = sizeof value;
+    const auto read = [&](const char* section, const char* key) {
+      return SMReadINIPathFileValue(section, key, type, &value, &size, &fallback, 2, path, 1);
+    };
+    EXPECT_EQ(read(nullptr, "k"), SM_STATUS_UNSUCCESSFUL) << type;
+    EXPECT_EQ(read("s", nullptr), SM_STATUS_UNSUCCESSFUL) << type;
+    EXPECT_EQ(read(nullptr, nullptr), SM_STATUS_UNSUCCESSFUL) << type;
+    EXPECT_EQ(value, 77U);
+    EXPECT_EQ(size, sizeof value);
   }
 }
 
@@ -280,10 +321,40 @@ TEST_F(IniTyped, WideTextHasAtMost2048Bytes) {
     EXPECT_EQ(SMWriteINIPathFileValue("s", "k", type, nullptr, 2, path, 1), SM_STATUS_BAD_LENGTH);
   }
   EXPECT_EQ(SMWriteINIPathFileValue("s", "k", 2, text.data(), 2046, path, 1), SM_STATUS_BAD_LENGTH);
-  EXPECT_EQ(SMWriteINIPathFileValue("s", "k", 3, text.data(), 6, path, 1), 0U);
-  EXPECT_EQ(file(), "[s]\nk=€€€\n");
   EXPECT_EQ(SMWriteINIPathFileValue("s", "k", 2, nullptr, 0, path, 1), 0U);
   EXPECT_EQ(file(), "[s]\n");
+}
+
+TEST_F(IniTyped, WideTextIsWrittenToItsTerminatorWhateverItsSize) {
+  for (const uint32_t size : {1U, 2U, 5U, 11U, 12U, 13U, 2048U}) {
+    put_file("[s]\n");
+    const Guarded<ustring> value(kGruesse, 6);
+    EXPECT_EQ(SMWriteINIPathFileValue("s", "k", 3, value.data(), size, path_.c_str(), 1), 0U);
+    EXPECT_EQ(file(), "[s]\nk=grüße\n") << size;
+  }
+}
+
+TEST_F(IniTyped, WideTextNeedNotBeAligned) {
+  for (const uint32_t type : {2U, 3U}) {
+    put_file("[s]\n");
+    const Guarded<uint8_t> room(13);
+    uint8_t* odd = room.data() + (reinterpret_cast<uintptr_t>(room.data()) % 2 == 0 ? 1 : 0);
+    std::memcpy(odd, kGruesse, 12);
+    EXPECT_EQ(SMWriteINIPathFileValue("s", "k", type, odd, 12, path_.c_str(), 1), 0U);
+    EXPECT_EQ(file(), "[s]\nk=grüße\n");
+  }
+}
+
+TEST_F(IniTyped, WideTextOfMoreThan8192BytesIsNotWritten) {
+  put_file("[s]\n");
+  std::vector<ustring> text(8194, 'x');
+  text[8192] = 0;
+  EXPECT_EQ(SMWriteINIPathFileValue("s", "k", 3, text.data(), 2, path_.c_str(), 1), 0U);
+  EXPECT_EQ(file(), "[s]\nk=" + std::string(8192, 'x') + "\n");
+  text[8192] = 'x';
+  text[8193] = 0;
+  EXPECT_EQ(SMWriteINIPathFileValue("s", "k", 3, text.data(), 2, path_.c_str(), 1),
+            SM_STATUS_BAD_LENGTH);
 }
 
 TEST_F(IniTyped, WideTextWithHalfAPairIsNotWritten) {

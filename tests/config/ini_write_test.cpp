@@ -29,6 +29,14 @@ TEST_F(IniWrite, AMissingFileIsMadeWithItsDirectory) {
   EXPECT_EQ(mode_of(scratch_.file("new")) & 0700, 0700U);
 }
 
+TEST_F(IniWrite, ADirectoryIsMadeWithTheMode0755) {
+  path_ = scratch_.file("new/b.ini");
+  umask(0);
+  EXPECT_EQ(write("S", "K", "V"), 0U);
+  umask(022);
+  EXPECT_EQ(mode_of(scratch_.file("new")), 0755U);
+}
+
 TEST_F(IniWrite, ADirectoryWhoseParentIsMissingCannotBeMade) {
   path_ = scratch_.file("no/such/b.ini");
   EXPECT_EQ(write("S", "K", "V"), kFailed);
@@ -71,6 +79,31 @@ TEST_F(IniWrite, ANewKeyOfTheLastSectionDropsWhatEndsTheFile) {
   EXPECT_EQ(written("[S]\nA=1", "S", "K", "V"), "[S]\nA=1\nK=V\n");
 }
 
+TEST_F(IniWrite, ABracketBehindACarriageReturnEndsNoSection) {
+  EXPECT_EQ(written("[S]\nA=1\n\r[x]\nK=2\n", "S", "K", "V"), "[S]\nA=1\n\r[x]\nK=V\n");
+  EXPECT_EQ(read("S", "K"), found("V"));
+  EXPECT_EQ(written("[S]\nA=1\n\n\r[x]\n[T]\n", "S", "K", "V"), "[S]\nA=1\n\n\r[x]\nK=V\n[T]\n");
+}
+
+TEST_F(IniWrite, AKeyWithAnEqualSignIsThatOfNoLine) {
+  EXPECT_EQ(written("[S]\na=b=1\n", "S", "a=b", "2"), "[S]\na=b=1\na=b=2\n");
+  EXPECT_EQ(written("[S]\na=b=1\n", "S", "a=b", nullptr), "[S]\na=b=1\n");
+}
+
+TEST_F(IniWrite, LongLinesStayByteByByte) {
+  for (const size_t length : {8448U, 8449U, 8450U, 8451U, 16900U, 40000U}) {
+    const std::string comment = ";" + std::string(length - 1, 'c') + "\n";
+    const std::string value = "L=" + std::string(length - 2, 'v') + "\n";
+    EXPECT_EQ(
+        written(comment + "[S]\n" + value + "K=1\n" + value + "[T]\n" + comment, "S", "K", "2"),
+        comment + "[S]\n" + value + "K=2\n" + value + "[T]\n" + comment)
+        << length;
+    EXPECT_EQ(written(comment + "[S]\nK=1\n[T]\n" + value, "S", nullptr, nullptr),
+              comment + "[T]\n" + value)
+        << length;
+  }
+}
+
 TEST_F(IniWrite, LinesThatAreNoKeysStay) {
   EXPECT_EQ(written("[S]\nnoise\nA=1\nmore noise\n\n[T]\n", "S", "K", "V"),
             "[S]\nnoise\nA=1\nmore noise\nK=V\n\n[T]\n");
@@ -86,6 +119,11 @@ TEST_F(IniWrite, TakingASectionOutStopsAtABracketOrHashInTheFirstColumn) {
   EXPECT_EQ(written("a\n[S]\nA=1\n;c\n\n [x]\n[T]\nB=2\n", "S", nullptr, nullptr), "a\n[T]\nB=2\n");
   EXPECT_EQ(written("[S]\nA=1\n#c\nB=2\n[T]\n", "S", nullptr, nullptr), "#c\nB=2\n[T]\n");
   EXPECT_EQ(written("[R]\n[S]\nA=1\n;c\n", "S", nullptr, nullptr), "[R]\n");
+}
+
+TEST_F(IniWrite, AValueWithoutAKeyTakesTheSectionOutToo) {
+  EXPECT_EQ(written("[S]\nA=1\n[T]\nB=2\n", "S", nullptr, "value"), "[T]\nB=2\n");
+  EXPECT_EQ(written("[T]\nB=2\n", "S", nullptr, "value"), "status 264");
 }
 
 TEST_F(IniWrite, TakingOutWhatHasNoSectionIsAnError) {
@@ -169,6 +207,34 @@ TEST_F(IniWrite, AChangedFileKeepsItsBitsForReadingAndWriting) {
   }
 }
 
+TEST_F(IniWrite, AFileThatIsAddedToKeepsItsBitsForReadingAndWriting) {
+  for (const unsigned mode : {0644U, 0600U, 0666U, 0755U, 04755U, 0460U}) {
+    put_file("[S]\nK=1\n");
+    chmod(path_.c_str(), mode);
+    EXPECT_EQ(write("T", "K", "2"), 0U);
+    EXPECT_EQ(mode_of(path_), mode & 01666);
+    EXPECT_EQ(file(), "[S]\nK=1\n\n[T]\nK=2\n");
+    unlink(path_.c_str());
+  }
+}
+
+TEST_F(IniWrite, AFileThatNoMemoryHoldsStaysAsItIs) {
+  for (const off_t size : {off_t{0x7FFFFFFF}, off_t{0x100000003}}) {
+    put_file("[S]\nK=1\n");
+    chmod(path_.c_str(), 0755);
+    ASSERT_EQ(truncate(path_.c_str(), size), 0);
+    EXPECT_EQ(write("S", "K", "2"), SM_STATUS_NO_MEMORY);
+    EXPECT_EQ(write("T", "K", "2"), SM_STATUS_NO_MEMORY);
+    struct stat about {};
+    ASSERT_EQ(stat(path_.c_str(), &about), 0);
+    EXPECT_EQ(about.st_size, size);
+    EXPECT_EQ(mode_of(path_), 0755U);
+    EXPECT_EQ(scratch_.names(), std::vector<std::string>{"a.ini"});
+    ASSERT_EQ(truncate(path_.c_str(), 8), 0);
+    EXPECT_EQ(file(), "[S]\nK=1\n");
+  }
+}
+
 TEST_F(IniWrite, NothingElseIsLeftInTheDirectory) {
   EXPECT_EQ(written("[S]\nK=1\n", "S", "K", "2"), "[S]\nK=2\n");
   EXPECT_EQ(written("[S\n", "S", "K", "2"), "status 261");
@@ -189,6 +255,16 @@ TEST_F(IniWrite, ALeftOverBackupIsRenamedOverAMissingFileByTheNextWrite) {
   EXPECT_EQ(write("S", "K", "new"), 0U);
   EXPECT_EQ(file(), "[S]\nK=new\nL=1\n");
   EXPECT_EQ(scratch_.names(), std::vector<std::string>{"a.ini"});
+}
+
+TEST_F(IniWrite, ABackupThatCannotBeRenamedIsReadPastAndNotWrittenPast) {
+  put_file("[S]\nK=1\n");
+  mkdir(scratch_.file("a.bak").c_str(), 0755);
+  EXPECT_EQ(read("S", "K"), found("1"));
+  EXPECT_EQ(write("S", "K", "2"), kFailed);
+  EXPECT_EQ(write("T", "K", "2"), kFailed);
+  EXPECT_EQ(file(), "[S]\nK=1\n");
+  EXPECT_EQ(scratch_.names(), (std::vector<std::string>{"a.bak", "a.ini"}));
 }
 
 TEST_F(IniWrite, AFileThatIsNamedAsItsOwnBackupIsKept) {
@@ -232,12 +308,17 @@ TEST_F(IniWrite, PlainNamesLieInTheDirectoryOfTheFamily) {
   EXPECT_STREQ(text, "V");
 }
 
-TEST_F(IniWrite, APlainNameMustFit256BytesWithItsDirectory) {
+TEST_F(IniWrite, APlainNameMustLeaveTwoOf256BytesWithItsDirectory) {
   const std::string directory = std::getenv("KQSUPT_SANDBOX") + "/install/Quillance/ini/ini/"s;
-  const std::string longest(255 - directory.size(), 'n');
+  const std::string longest(254 - directory.size(), 'n');
   EXPECT_EQ(SMWriteINIFileValue("S", "K", 1, "V", 2, longest.c_str(), 1), 0U);
   EXPECT_EQ(content_of(directory + longest), "[S]\nK=V\n");
   EXPECT_EQ(SMWriteINIFileValue("S", "K", 1, "V", 2, (longest + "n").c_str(), 1),
+            SM_STATUS_BUFFER_TOO_SMALL);
+  char text[8];
+  uint32_t size = sizeof text;
+  EXPECT_EQ(SMReadINIFileValue("S", "K", 1, text, &size, nullptr, 0, longest.c_str(), 1), 0U);
+  EXPECT_EQ(SMReadINIFileValue("S", "K", 1, text, &size, nullptr, 0, (longest + "n").c_str(), 1),
             SM_STATUS_BUFFER_TOO_SMALL);
   EXPECT_EQ(SMWriteINIFileValue("S", "K", 1, "V", 2, nullptr, 1), SM_STATUS_UNSUCCESSFUL);
 }

@@ -162,6 +162,19 @@ TEST_F(InstallPaths, TheSizeIsAskedForAndChecked) {
   EXPECT_EQ(SMGetPathByProductIDandType(35, 2, nullptr, nullptr), SM_STATUS_INVALID_PARAMETER);
 }
 
+TEST_F(InstallPaths, ASizeIsNeededOnlyForAPathThatIsThere) {
+  const std::string q = make("q");
+  use_registry("Quillance.installpath=" + q + "\ntumbr.installpath=" + q + "/gone\n");
+  char buffer[300] = "~";
+  EXPECT_EQ(SMGetPathByProductIDandType(35, 2, buffer, nullptr), SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMGetInstallPath(buffer, nullptr), SM_STATUS_INVALID_PARAMETER);
+  EXPECT_EQ(SMGetPathByProductIDandType(99, 2, buffer, nullptr), SM_STATUS_DATA_NOT_FOUND);
+  EXPECT_EQ(SMGetPathByProductIDandType(35, 3, buffer, nullptr), SM_STATUS_DATA_NOT_FOUND);
+  EXPECT_EQ(SMGetInstallPathByProductID(45, buffer, nullptr), SM_STATUS_DATA_NOT_FOUND);
+  EXPECT_EQ(SMGetInstallPathByProductID(33, buffer, nullptr), SM_STATUS_OPERATION_FAILED);
+  EXPECT_STREQ(buffer, "~");
+}
+
 TEST_F(InstallPaths, AProductInstalledLaterIsFound) {
   use_registry("Quillance.installpath=" + make("q") + "\n");
   EXPECT_EQ(path(33, 2), "status 256");
@@ -244,6 +257,18 @@ TEST_F(InstallPaths, TheFamilysPathsFallBackOnThoseOfOthers) {
   EXPECT_EQ(path(-1, 2), f);
   use_registry("Kelvane.installpath=/tmp\n");
   EXPECT_EQ(path(-1, 2), "/tmp");
+}
+
+TEST_F(InstallPaths, TheFamilysPathIsCutAtTheLastSlashOfAnothers) {
+  const std::string f = make("f");
+  make("f/k");
+  use_registry("Kelvane.installpath=" + f + "//k\n");
+  EXPECT_EQ(path(-1, 2), f);
+  make("relative");
+  ASSERT_EQ(chdir(scratch_.file("").c_str()), 0);
+  use_registry("Kelvane.installpath=relative\n");
+  EXPECT_EQ(path(-1, 2), "relative");
+  ASSERT_EQ(chdir("/"), 0);
 }
 
 TEST_F(InstallPaths, TheEnvironmentOverridesAnInstallPath) {

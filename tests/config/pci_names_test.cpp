@@ -77,6 +77,23 @@ TEST_F(PciNames, AVendorEndsWhatTheDeviceBeforeAppliesTo) {
   EXPECT_EQ(find(2, 7, 3, 0), "0: second / other");
 }
 
+TEST_F(PciNames, ABoardIsComparedIn16Bits) {
+  put(path_, "V\t1\tvendor\nD\t2\tdevice\nO\t3\tmaker\nS\t4\tboard\n");
+  EXPECT_EQ(find(1, 2, 3, 4), "0: vendor / board");
+  EXPECT_EQ(find(1, 2, 3, 0x10004), "0: vendor / maker");
+  EXPECT_EQ(find(1, 2, 0x10003, 4), "0: vendor / device");
+}
+
+TEST_F(PciNames, WhatNoLineHasGivenYetIsFFFF) {
+  put(path_, "S\t4\tnobody's\nV\t1\tvendor\nO\t3\tmaker\n");
+  EXPECT_EQ(find(1, 0xFFFF, 3, 4), "7: vendor / maker");
+  EXPECT_EQ(find(1, 0, 3, 4), "7: vendor / ");
+  EXPECT_EQ(find(0xFFFF, 0xFFFF, 0xFFFF, 4), "7:  / nobody's");
+  put(path_, "V\t1\tvendor\nD\t2\tdevice\nS\t4\tboard\n");
+  EXPECT_EQ(find(1, 2, 0xFFFF, 4), "0: vendor / board");
+  EXPECT_EQ(find(1, 2, 0, 4), "0: vendor / device");
+}
+
 TEST_F(PciNames, ALineOfMoreThan8450BytesIsSeveral) {
   put(path_, "V\t1\tvendor\n" + std::string(8450, ';') + "D\t2\tdevice\n");
   EXPECT_EQ(find(1, 2), "0: vendor / device");

@@ -84,6 +84,13 @@ TEST_F(PropertyFile, AKeyInTheFileAnswersForAllThatBeginWithIt) {
   EXPECT_EQ(read("por"), "status 263");
 }
 
+TEST_F(PropertyFile, AnEmptyKeyInTheFileAnswersForAll) {
+  put(path_, "= x\na=1\n");
+  EXPECT_EQ(read("a"), "x");
+  EXPECT_EQ(read(""), "x");
+  EXPECT_EQ(written("a=1\n: x\nb=2\n", "b", "3"), "a=1\nb=3\nb=2\n");
+}
+
 TEST_F(PropertyFile, AKeyWithoutAValueIsEmpty) {
   put(path_, "key\nother=\n");
   EXPECT_EQ(read("key"), "");
@@ -131,6 +138,20 @@ TEST_F(PropertyFile, ADefaultServesForEveryFailureWhenItFits) {
   EXPECT_EQ(number, 77U);
   EXPECT_EQ(SMPropertyFileReadValue("m", SMXLT_TYPE_U32, nullptr, &size, &fallback, 4, path, 1),
             SM_STATUS_KEY_NOT_FOUND);
+}
+
+TEST_F(PropertyFile, ADefaultOfNoBytesTellsTheSizeZero) {
+  uint32_t number = 77;
+  uint32_t size = sizeof number;
+  const char* path = path_.c_str();
+  EXPECT_EQ(SMPropertyFileReadValue("n", SMXLT_TYPE_U32, &number, &size, &number, 0, path, 1),
+            SM_STATUS_FILE_OPEN_FAILED);
+  EXPECT_EQ(number, 77U);
+  EXPECT_EQ(size, 0U);
+  size = sizeof number;
+  EXPECT_EQ(SMPropertyFileReadValue("n", SMXLT_TYPE_U32, &number, &size, nullptr, 0, path, 1),
+            SM_STATUS_FILE_OPEN_FAILED);
+  EXPECT_EQ(size, sizeof number);
 }
 
 TEST_F(PropertyFile, ListsItsKeysInOrder) {
@@ -219,6 +240,32 @@ TEST_F(PropertyFile, ALeftOverBackupIsNotLookedAt) {
   put(scratch_.file("a.bak"), "a=old\n");
   put(path_, "a=1\n");
   EXPECT_EQ(read("a"), "1");
+  EXPECT_EQ(scratch_.names(), (std::vector<std::string>{"a.bak", "a.properties"}));
+}
+
+TEST_F(PropertyFile, ALeftOverBackupIsReplacedByAChange) {
+  put(scratch_.file("a.bak"), "a=old\n");
+  EXPECT_EQ(written("a=1\n", "a", "2"), "a=2\n");
+  EXPECT_EQ(scratch_.names(), std::vector<std::string>{"a.properties"});
+}
+
+TEST_F(PropertyFile, APathWithoutADirectoryIsInTheCurrentOne) {
+  ASSERT_EQ(chdir(scratch_.file("").c_str()), 0);
+  path_ = "plain.properties";
+  EXPECT_EQ(written("a=1\nb=2\n", "a", "3"), "a=3\nb=2\n");
+  EXPECT_EQ(read("a"), "3");
+  EXPECT_EQ(scratch_.names(), std::vector<std::string>{"plain.properties"});
+  ASSERT_EQ(chdir("/"), 0);
+}
+
+TEST_F(PropertyFile, AFileThatNoMemoryHoldsStaysAsItIs) {
+  put(path_, "a=1\n");
+  ASSERT_EQ(truncate(path_.c_str(), off_t{0x100000003}), 0);
+  EXPECT_EQ(SMPropertyFileWriteValue("a", 13, "2", 2, path_.c_str(), 1), SM_STATUS_NO_MEMORY);
+  struct stat about {};
+  ASSERT_EQ(stat(path_.c_str(), &about), 0);
+  EXPECT_EQ(about.st_size, off_t{0x100000003});
+  EXPECT_EQ(scratch_.names(), std::vector<std::string>{"a.properties"});
 }
 
 TEST_F(PropertyFile, AChangedFileKeepsItsBits) {

@@ -1,5 +1,5 @@
-// registry-probe path | path-after-first-appears | all: what a process that has just been started is
-// told of the install registry, one line a function.
+// registry-probe path | path-after-first-appears | all | texts ID...: what a process that has just
+// been started is told of the install registry, one line a function.
 
 #include <cstdio>
 #include <cstdlib>
@@ -80,10 +80,24 @@ void print_all() {
   print_status("SMRmDir", SMRmDir(directory.c_str()));
 }
 
+// The library's own texts with these numbers, in hexadecimal.
+void print_texts(const char* const* ids) {
+  for (; *ids != nullptr; ++ids) {
+    ustring wide[64] = {};
+    uint32_t size = sizeof wide;
+    (void)SMGetUCS2StrFromID(static_cast<uint32_t>(std::strtoul(*ids, nullptr, 16)), nullptr, wide,
+                             &size);
+    for (const ustring* unit = wide; *unit != 0; ++unit) {
+      std::putchar(static_cast<char>(*unit));
+    }
+    std::putchar('\n');
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::string what = argc == 2 ? argv[1] : "";
+  const std::string what = argc >= 2 ? argv[1] : "";
   if (what == "all") {
     print_all();
   } else if (what == "path" || what == "path-after-first-appears") {
@@ -93,6 +107,8 @@ int main(int argc, char** argv) {
       (void)SMGetPathByProductIDandType(99, SM_PATH_TYPE_INSTALL, nullptr, &size);
     }
     print_path();
+  } else if (what == "texts") {
+    print_texts(argv + 2);
   } else {
     return 2;
   }

@@ -4,17 +4,23 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "gtest/gtest.h"
 #include "kqsupt.h"
 #include "support/guarded.h"
+#include "support/program.h"
 #include "support/scratch.h"
 
 namespace {
 
 using namespace std::string_literals;
+using kqsupt::tests::built_program;
+using kqsupt::tests::Command;
 using kqsupt::tests::Guarded;
+using kqsupt::tests::Outcome;
 using kqsupt::tests::put;
+using kqsupt::tests::run;
 using kqsupt::tests::Scratch;
 
 class StringIds : public testing::Test {
@@ -114,6 +120,48 @@ std::string own_text(uint32_t id, uint32_t* language = nullptr) {
   }
   EXPECT_EQ(result, text.empty() ? 0 : 2 * (text.size() + 1));
   return text;
+}
+
+// What a process of its own, with this configuration, is told of texts.
+std::string texts_with(const char* configuration, const std::vector<std::string>& ids) {
+  if (configuration != nullptr) {
+    put(own_file("kqisdy32.ini"), "[OEM Configuration]\n"s + configuration);
+  } else {
+    unlink(own_file("kqisdy32.ini").c_str());
+  }
+  Command command{built_program("registry-probe"), "texts"};
+  command.insert(command.end(), ids.begin(), ids.end());
+  const Outcome outcome = run(command);
+  EXPECT_EQ(outcome.exit_status, 0) << outcome.err;
+  unlink(own_file("kqisdy32.ini").c_str());
+  return outcome.out;
+}
+
+// Each text is its number.
+void put_numbered(const std::vector<std::string>& ids) {
+  std::string texts = "[ASCII EN_US DEFAULT STRING ID SECTION]\n";
+  for (const std::string& id : ids) {
+    texts += "0:" + id + "=" + id + "\n";
+  }
+  put(own_file("kqsdst32.ini"), texts);
+}
+
+TEST(OwnStringIds, AreThemselvesWithoutAConfiguration) {
+  put_numbered({"8FF", "900", "920", "921"});
+  EXPECT_EQ(texts_with(nullptr, {"8FF", "900", "920", "921"}), "8FF\n900\n920\n921\n");
+}
+
+TEST(OwnStringIds, HaveARangeThatIncludesBothOfItsEnds) {
+  put_numbered({"F", "10", "12", "13", "110", "112"});
+  EXPECT_EQ(texts_with("BaseID=16\noemRange=2\noffset=256\n", {"F", "10", "12", "13"}),
+            "F\n110\n112\n13\n");
+}
+
+TEST(OwnStringIds, HaveARangeThatEndsWithTheNumbers) {
+  put_numbered({"0", "1", "4", "5", "FFFFFFFE", "FFFFFFFF"});
+  EXPECT_EQ(
+      texts_with("BaseID=4294967295\noemRange=5\noffset=1\n", {"FFFFFFFE", "FFFFFFFF", "0", "4"}),
+      "FFFFFFFE\n0\n0\n4\n");
 }
 
 // In one test: the range is read once for the process.

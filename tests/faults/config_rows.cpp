@@ -244,23 +244,23 @@ constexpr char kLongValue[] =
 
 std::vector<Row> ini_write_rows() {
   return {
-      file_row<Ini>("SMWriteINIPathFileValue_change", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_change", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini("first", "key", SMINI_TYPE_UTF8, "other", 6); }),
-      file_row<Ini>("SMWriteINIPathFileValue_long", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_long", kNoMemoryOrFailed,
                     [](Ini&) {
                       return write_ini("first", "key", SMINI_TYPE_UTF8, kLongValue,
                                        sizeof kLongValue);
                     }),
-      file_row<Ini>("SMWriteINIPathFileValue_new_key", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_new_key", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini("first", "new", SMINI_TYPE_UTF8, "value", 6); }),
       file_row<Ini>("SMWriteINIPathFileValue_new_section", kNoMemory,
                     [](Ini&) { return write_ini("third", "key", SMINI_TYPE_UTF8, "value", 6); }),
       file_row<NoFile>(
           "SMWriteINIPathFileValue_new_file", kNoMemory,
           [](NoFile&) { return write_ini("first", "key", SMINI_TYPE_UTF8, "value", 6); }),
-      file_row<Ini>("SMWriteINIPathFileValue_take_key_out", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_take_key_out", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini("first", "key", SMINI_TYPE_UTF8, nullptr, 0); }),
-      file_row<Ini>("SMWriteINIPathFileValue_take_section_out", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_take_section_out", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini("first", nullptr, SMINI_TYPE_UTF8, nullptr, 0); }),
       file_row<Ini>("SMWriteINIPathFileValue_ucs2", kNoMemoryOrFailed,
                     [](Ini&) {
@@ -273,20 +273,20 @@ std::vector<Row> ini_write_rows() {
                       return write_ini("first", "key", SMINI_TYPE_UCS2_STRICT, kValue,
                                        sizeof kValue);
                     }),
-      file_row<Ini>("SMWriteINIPathFileValue_boolean", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_boolean", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini_number<uint16_t>(SMINI_TYPE_BOOLEAN, 1); }),
-      file_row<Ini>("SMWriteINIPathFileValue_u32", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_u32", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini_number<uint32_t>(SMINI_TYPE_U32, 8); }),
-      file_row<Ini>("SMWriteINIPathFileValue_s32", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_s32", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini_number<int32_t>(SMINI_TYPE_S32, -8); }),
-      file_row<Ini>("SMWriteINIPathFileValue_u64", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_u64", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini_number<uint64_t>(SMINI_TYPE_U64, 8); }),
-      file_row<Ini>("SMWriteINIPathFileValue_s64", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_s64", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini_number<int64_t>(SMINI_TYPE_S64, -8); }),
-      file_row<Ini>("SMWriteINIPathFileValue_double", kNoMemory,
+      file_row<Ini>("SMWriteINIPathFileValue_double", kNoMemoryOrFailed,
                     [](Ini&) { return write_ini_number<double>(SMINI_TYPE_DOUBLE, 0.5); }),
       row<OwnIni>(
-          "SMWriteINIFileValue", kNoMemory,
+          "SMWriteINIFileValue", kNoMemoryOrFailed,
           [](OwnIni&) {
             return SMWriteINIFileValue("first", "key", SMINI_TYPE_UTF8, "other", 6, "rows.ini", 1);
           },
@@ -318,14 +318,14 @@ std::vector<Row> property_rows() {
           "SMPropertyFileReadValue_keys", kNoMemory,
           [](Properties& state) { return read_property(state, nullptr, SMXLT_TYPE_UTF8, 100); }),
       file_row<Properties>(
-          "SMPropertyFileWriteValue_text", kNoMemory,
+          "SMPropertyFileWriteValue_text", kNoMemoryOrFailed,
           [](Properties&) { return write_property("name", SMXLT_TYPE_UTF8, "other", 6); }),
-      file_row<Properties>("SMPropertyFileWriteValue_number", kNoMemory,
+      file_row<Properties>("SMPropertyFileWriteValue_number", kNoMemoryOrFailed,
                            [](Properties&) {
                              const uint32_t value = 8;
                              return write_property("number", SMXLT_TYPE_U32, &value, sizeof value);
                            }),
-      file_row<Properties>("SMPropertyFileWriteValue_ucs2", kNoMemory,
+      file_row<Properties>("SMPropertyFileWriteValue_ucs2", kNoMemoryOrFailed,
                            [](Properties&) {
                              constexpr ustring kValue[] = {0xE9, 'a', 0};
                              return write_property("name", SMXLT_TYPE_UCS2, kValue, sizeof kValue);

@@ -249,6 +249,52 @@ TEST_P(Failing, AShortWriteIsGoneOnWith) {
 
 INSTANTIATE_TEST_SUITE_P(EveryChange, Failing, testing::ValuesIn(kChanges), name_of_change);
 
+// ---- Files that cannot be read to their ends ----
+
+// Every answer to a read of a file that is longer than what is read of it at once.
+std::set<std::string> answers_to_failures(const char* what, const std::string& path) {
+  std::set<std::string> answers;
+  for (const int error : {EIO, EINTR}) {
+    for (long k = 1;; k += step_of(3)) {
+      const Outcome outcome = driven(std::to_string(error), k, {what, path});
+      if (outcome.exit_status == kNotReached) {
+        break;
+      }
+      EXPECT_TRUE(error != EINTR || outcome.out == "0\n") << k << ": " << outcome.out;
+      answers.insert(outcome.out.substr(0, outcome.out.find('\n')));
+    }
+  }
+  return answers;
+}
+
+TEST(FailingReads, AValueWithoutItsEndIsNone) {
+  const Scratch scratch;
+  const std::string path = scratch.file("a.properties");
+  std::string content = "K=first\\\n";
+  for (int i = 0; i < 10; ++i) {
+    content += std::string(8000, 'x') + "\\\n";
+  }
+  put(path, content + "last\n");
+  const std::set<std::string> answers = answers_to_failures("read-property", path);
+  EXPECT_EQ(answers.count("12345"), 0U);
+  EXPECT_EQ(answers.count("0"), 1U);
+  EXPECT_EQ(answers.count("2"), is_emulated() ? answers.count("2") : 1U);
+}
+
+TEST(FailingReads, ADeviceMayHaveABoardInWhatCannotBeRead) {
+  const Scratch scratch;
+  const std::string path = scratch.file("pci.txt");
+  std::string content = "V\t1\tvendor\nD\t2\tdevice\nO\t3\tmaker\n";
+  for (int i = 0; i < 10; ++i) {
+    content += std::string(8000, ';') + "\n";
+  }
+  put(path, content + "S\t4\tboard\n");
+  const std::set<std::string> answers = answers_to_failures("read-devices", path);
+  EXPECT_EQ(answers.count("12345"), 0U);
+  EXPECT_EQ(answers.count("0"), 1U);
+  EXPECT_EQ(answers.count("7"), is_emulated() ? answers.count("7") : 1U);
+}
+
 // ---- Objects ----
 
 TEST(FailingObjects, ARegistrationThatFailsTakesNoKeyOfAnother) {

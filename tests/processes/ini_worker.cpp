@@ -14,6 +14,7 @@
 namespace {
 
 constexpr uint32_t kText = SMINI_TYPE_UTF8;
+constexpr SMStatus kTorn = 12345;  // read with success, but not to its end
 
 SMStatus write(const char* path, const char* section, const char* key, const char* value) {
   const uint32_t size = value != nullptr ? static_cast<uint32_t>(std::strlen(value) + 1) : 0;
@@ -72,6 +73,23 @@ SMStatus change(const std::string& what, const char* path) {
     char value[64];
     uint32_t size = sizeof value;
     return SMReadINIPathFileValue("S", "L", kText, value, &size, nullptr, 0, path, 1);
+  }
+  if (what == "read-property") {
+    static char value[100000];
+    uint32_t size = sizeof value;
+    const SMStatus status =
+        SMPropertyFileReadValue("K", SMXLT_TYPE_UTF8, value, &size, nullptr, 0, path, 1);
+    return status == SM_STATUS_SUCCESS && (size < 5 || std::strcmp(value + size - 5, "last") != 0)
+               ? kTorn
+               : status;
+  }
+  if (what == "read-devices") {
+    char vendor[16];
+    char device[16];
+    uint32_t sizes[2] = {sizeof vendor, sizeof device};
+    const SMStatus status =
+        SMReadPCIDevFile(1, 2, 3, 4, path, vendor, &sizes[0], device, &sizes[1]);
+    return status == SM_STATUS_SUCCESS && std::strcmp(device, "board") != 0 ? kTorn : status;
   }
   if (what == "register") {
     SMSemaphore* semaphore = SMSemaphoreCreate(path, 1);
