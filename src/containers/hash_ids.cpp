@@ -21,8 +21,14 @@ constexpr int32_t kAfterHighest = 1;
 
 // The compiler's own vectors: where a host has no such registers it falls back to words.
 using Vector = uint64_t __attribute__((vector_size(16)));
-constexpr size_t kVectorWords = sizeof(Vector) / sizeof(uint32_t);
-constexpr size_t kBlockVectors = 8;
+constexpr size_t kBlockVectors = 16;
+
+uint32_t lowest_bit(uint32_t word) {
+  return static_cast<uint32_t>(std::countr_zero(word));
+}
+uint32_t highest_bit(uint32_t word) {
+  return kWordBits - 1 - static_cast<uint32_t>(std::countl_zero(word));
+}
 
 // The whole words of a table, at any address.
 class Words {
@@ -35,7 +41,7 @@ class Words {
 
   [[nodiscard]] uint32_t operator[](size_t index) const {
     uint32_t word;
-    std::memcpy(&word, table_ + index * sizeof word, sizeof word);
+    std::memcpy(&word, at(index), sizeof word);
     return word;
   }
 
@@ -51,12 +57,15 @@ class Words {
   // none.
   template <uint32_t kValue>
   [[nodiscard]] size_t skip(size_t index) const {
-    while (count_ - index >= kBlockVectors * kVectorWords && same<kValue, kBlockVectors>(index)) {
-      index += kBlockVectors * kVectorWords;
+    // Vectors are read where they are in line: a table whose own words are not has none.
+    while (index < count_ && !begins_vector(index)) {
+      if (operator[](index) != kValue) {
+        return index;
+      }
+      ++index;
     }
-    while (count_ - index >= kVectorWords && same<kValue, 1>(index)) {
-      index += kVectorWords;
-    }
+    index = skip_vectors<kValue, kBlockVectors>(index);
+    index = skip_vectors<kValue, 1>(index);
     while (index < count_ && operator[](index) == kValue) {
       ++index;
     }
@@ -64,41 +73,43 @@ class Words {
   }
 
  private:
-  // Whether all words of the vectors from `index` on are kValue.
-  template <uint32_t kValue, size_t kVectors>
-  [[nodiscard]] bool same(size_t index) const {
-    Vector all = load(index);
-#pragma GCC unroll 8
-    for (size_t i = 1; i < kVectors; ++i) {
-      if constexpr (kValue == kFull) {
-        all &= load(index + i * kVectorWords);
-      } else {
-        all |= load(index + i * kVectorWords);
-      }
-    }
-    if constexpr (kValue == kFull) {
-      return (all[0] & all[1]) == ~uint64_t{0};
-    } else {
-      return (all[0] | all[1]) == 0;
-    }
+  [[nodiscard]] bool begins_vector(size_t index) const {
+    return reinterpret_cast<uintptr_t>(at(index)) % sizeof(Vector) == 0;
   }
 
-  [[nodiscard]] Vector load(size_t index) const {
-    Vector vector;
-    std::memcpy(&vector, table_ + index * sizeof(uint32_t), sizeof vector);
-    return vector;
+  // Goes on by kVectors vectors at a time while all their words are kValue.
+  template <uint32_t kValue, size_t kVectors>
+  [[nodiscard]] size_t skip_vectors(size_t index) const {
+    constexpr size_t kStep = kVectors * sizeof(Vector) / sizeof(uint32_t);
+    const size_t end = index + (count_ - index) / kStep * kStep;
+    for (; index != end; index += kStep) {
+      const void* const from = __builtin_assume_aligned(at(index), sizeof(Vector));
+      Vector vectors[kVectors];
+      std::memcpy(vectors, from, sizeof vectors);
+      Vector all = vectors[0];
+#pragma GCC unroll 16
+      for (size_t i = 1; i < kVectors; ++i) {
+        if constexpr (kValue == kFull) {
+          all &= vectors[i];
+        } else {
+          all |= vectors[i];
+        }
+      }
+      const uint64_t both = kValue == kFull ? all[0] & all[1] : ~(all[0] | all[1]);
+      if (both != ~uint64_t{0}) {
+        break;
+      }
+    }
+    return index;
+  }
+
+  [[nodiscard]] const uint8_t* at(size_t index) const {
+    return table_ + index * sizeof(uint32_t);
   }
 
   const uint8_t* table_;
   size_t count_;
 };
-
-uint32_t lowest_bit(uint32_t word) {
-  return static_cast<uint32_t>(std::countr_zero(word));
-}
-uint32_t highest_bit(uint32_t word) {
-  return kWordBits - 1 - static_cast<uint32_t>(std::countl_zero(word));
-}
 
 uint32_t id_of(size_t index, uint32_t bit) {
   return static_cast<uint32_t>(index) * kWordBits + bit;

@@ -1,7 +1,7 @@
 // Lists of entries that carry their own links, written once for both families: an entry that has a
 // `previous` beside its `next` makes the list a doubly linked one.
 //
-//   link_after(&list, list.tail, entry);
+//   link_after(&list, previous, entry);
 //   unlink_after(&list, previous, entry);
 //
 // The list owns nothing. A predecessor of null stands for the head of the list everywhere.
@@ -47,20 +47,22 @@ void point_back(List* list, EntryOf<List>* previous, EntryOf<List>* next) {
 
 template <class List>
 void link_after(List* list, EntryOf<List>* previous, EntryOf<List>* entry) {
-  EntryOf<List>*& link = slot_after(list, previous);
-  entry->next = link;
+  EntryOf<List>*& slot = slot_after(list, previous);
+  EntryOf<List>* next = slot;
+  slot = entry;
+  entry->next = next;
   if constexpr (HasPrevious<EntryOf<List>>) {
     entry->previous = previous;
   }
-  link = entry;
-  point_back(list, entry, entry->next);
+  point_back(list, entry, next);
 }
 
 // The links of the entry itself stay.
 template <class List>
 void unlink_after(List* list, EntryOf<List>* previous, EntryOf<List>* entry) {
-  slot_after(list, previous) = entry->next;
-  point_back(list, previous, entry->next);
+  EntryOf<List>* next = entry->next;
+  slot_after(list, previous) = next;
+  point_back(list, previous, next);
 }
 
 // The exported operations.
@@ -123,9 +125,17 @@ void list_insert_at_head(List* list, EntryOf<List>* entry) {
 
 template <class List>
 void list_insert_at_tail(List* list, EntryOf<List>* entry) {
-  if (list != nullptr && entry != nullptr) {
-    link_after(list, list->tail, entry);
+  if (list == nullptr || entry == nullptr) {
+    return;
   }
+  // What link_after would do, without a look at the links of the last entry.
+  EntryOf<List>* last = list->tail;
+  slot_after(list, last) = entry;
+  entry->next = nullptr;
+  if constexpr (HasPrevious<EntryOf<List>>) {
+    entry->previous = last;
+  }
+  list->tail = entry;
 }
 
 template <class List>
