@@ -9,6 +9,149 @@
 extern "C" {
 #endif
 
+/* ---- Singly and doubly linked lists ------------------------------------------------------------
+ *
+ * Two families of the same shape: SMSLList, singly linked, and SMDLList, doubly linked. The caller
+ * owns the list and its entries; the library links and unlinks them. An entry may carry its payload
+ * in the same block:
+ *
+ *     SMDLList list;
+ *     SMDLListInitNoAlloc(&list);
+ *     entry = SMDLListEntryAlloc(sizeof(Fan));
+ *     fan = entry->data;
+ *     SMDLListInsertEntryAtTail(&list, entry);
+ *     found = SMDLListWalkAtHead(&list, name, is_fan_of_name);
+ *     SMDLListDeleteEntry(&list, found);
+ *     SMDLListEntryFree(found);
+ *
+ * or be a part of the caller's own structure, whose links SMDLListEntryInitNoAlloc clears. An entry
+ * is on one list at a time. Every operation takes constant time, except the walks, InsertEntry,
+ * ReplaceEntry and the singly linked RemoveEntryAtTail, which go through the list. Operations
+ * without a result do nothing when a pointer that they need is NULL. */
+
+typedef struct SMSLListEntry {
+  struct SMSLListEntry* next; /* NULL in the last entry */
+  void* data;                 /* the payload, the caller's or the one behind the entry */
+} SMSLListEntry;
+
+typedef struct SMSLList {
+  SMSLListEntry* head; /* both NULL when the list is empty */
+  SMSLListEntry* tail;
+} SMSLList;
+
+/* Relates `key` to an entry, whose payload it finds at `entry->data`. `reserved` is always 0. It
+ * must not change the list. When it orders: negative when the key comes before the entry, positive
+ * when after, 0 when they are equal. In a walk: 0 when this entry is the one. */
+typedef int32_t (*SMSLListCallback)(void* key, SMSLListEntry* entry, uint32_t reserved);
+
+/* An empty list on the heap, to be released by SMSLListFree; NULL when memory is short. */
+KQSUPT_API SMSLList* SMSLListAlloc(void);
+
+/* Makes a list that the caller provides empty, whatever it held. */
+KQSUPT_API void SMSLListInitNoAlloc(SMSLList* list);
+
+/* Frees a list of SMSLListAlloc, and none of its entries. NULL is ignored. */
+KQSUPT_API void SMSLListFree(SMSLList* list);
+
+/* An entry that is on no list, to be released by SMSLListEntryFree; NULL when memory is short. With
+ * a `payloadSize` in bytes, its data pointer points to that many bytes, not cleared, which follow
+ * the entry in the same block and are aligned as a pointer is; with 0 it is NULL, for the caller to
+ * set. */
+KQSUPT_API SMSLListEntry* SMSLListEntryAlloc(uint32_t payloadSize);
+
+/* Clears the links of an entry that the caller provides. Its data pointer stays. */
+KQSUPT_API void SMSLListEntryInitNoAlloc(SMSLListEntry* entry);
+
+/* Clears the data pointer of an entry of SMSLListEntryAlloc and frees it, with the payload that
+ * follows it. The entry must be on no list. NULL is ignored. */
+KQSUPT_API void SMSLListEntryFree(SMSLListEntry* entry);
+
+/* Links the entry before the first one. */
+KQSUPT_API void SMSLListInsertEntryAtHead(SMSLList* list, SMSLListEntry* entry);
+
+/* Links the entry after the last one. */
+KQSUPT_API void SMSLListInsertEntryAtTail(SMSLList* list, SMSLListEntry* entry);
+
+/* Links the entry after the entries at the head of the list that `compare` orders before `key`, so
+ * that a list that is filled this way stays in ascending order. SM_STATUS_INVALID_PARAMETER when an
+ * argument is NULL; SM_STATUS_ALREADY_EXISTS, with nothing changed, when one of those entries or
+ * the one after them is equal. */
+KQSUPT_API SMStatus SMSLListInsertEntry(SMSLList* list, SMSLListEntry* entry, void* key,
+                                        SMSLListCallback compare);
+
+/* The first entry, from the head, for which `visit` returns 0. NULL when there is none or an
+ * argument is NULL. */
+KQSUPT_API SMSLListEntry* SMSLListWalkAtHead(const SMSLList* list, void* context,
+                                             SMSLListCallback visit);
+
+/* Puts `newEntry` in the place of the first entry that is equal to `key`, wherever it is in the
+ * list, and returns that entry, whose links keep their values. NULL, with nothing changed, when
+ * there is none or an argument is NULL. */
+KQSUPT_API SMSLListEntry* SMSLListReplaceEntry(SMSLList* list, SMSLListEntry* newEntry, void* key,
+                                               SMSLListCallback compare);
+
+/* Unlinks `entry`, whose predecessor is `previousEntry`, NULL when the entry is the first. The
+ * entry is not freed, and its links keep their values. */
+KQSUPT_API void SMSLListDeleteEntry(SMSLList* list, SMSLListEntry* previousEntry,
+                                    SMSLListEntry* entry);
+
+/* Unlinks the first entry and returns it; its links keep their values. NULL when the list is empty
+ * or NULL. */
+KQSUPT_API SMSLListEntry* SMSLListRemoveEntryAtHead(SMSLList* list);
+
+/* The same with the last entry. Goes through the whole list to find the one before it. */
+KQSUPT_API SMSLListEntry* SMSLListRemoveEntryAtTail(SMSLList* list);
+
+/* 1 when the list is NULL or has no entry, else 0. */
+KQSUPT_API uint32_t SMSLListIsEmpty(const SMSLList* list);
+
+/* The doubly linked family: everything as above, but where something else is said. */
+
+typedef struct SMDLListEntry {
+  struct SMDLListEntry* next;     /* NULL in the last entry */
+  struct SMDLListEntry* previous; /* NULL in the first entry */
+  void* data;
+} SMDLListEntry;
+
+typedef struct SMDLList {
+  SMDLListEntry* head;
+  SMDLListEntry* tail;
+} SMDLList;
+
+typedef int32_t (*SMDLListCallback)(void* key, SMDLListEntry* entry, uint32_t reserved);
+
+KQSUPT_API SMDLList* SMDLListAlloc(void);
+KQSUPT_API void SMDLListInitNoAlloc(SMDLList* list);
+KQSUPT_API void SMDLListFree(SMDLList* list);
+KQSUPT_API SMDLListEntry* SMDLListEntryAlloc(uint32_t payloadSize);
+KQSUPT_API void SMDLListEntryInitNoAlloc(SMDLListEntry* entry);
+KQSUPT_API void SMDLListEntryFree(SMDLListEntry* entry);
+KQSUPT_API void SMDLListInsertEntryAtHead(SMDLList* list, SMDLListEntry* entry);
+KQSUPT_API void SMDLListInsertEntryAtTail(SMDLList* list, SMDLListEntry* entry);
+KQSUPT_API SMStatus SMDLListInsertEntry(SMDLList* list, SMDLListEntry* entry, void* key,
+                                        SMDLListCallback compare);
+KQSUPT_API SMDLListEntry* SMDLListWalkAtHead(const SMDLList* list, void* context,
+                                             SMDLListCallback visit);
+
+/* The last entry for which `visit` returns 0: the walk begins at the tail and goes backwards. NULL
+ * when there is none or an argument is NULL. */
+KQSUPT_API SMDLListEntry* SMDLListWalkAtTail(const SMDLList* list, void* context,
+                                             SMDLListCallback visit);
+
+KQSUPT_API SMDLListEntry* SMDLListReplaceEntry(SMDLList* list, SMDLListEntry* newEntry, void* key,
+                                               SMDLListCallback compare);
+
+/* Unlinks `entry`. The entry is not freed, and its links keep their values. Nothing is done when
+ * the entry has no predecessor and is not the first one: it is on no list. */
+KQSUPT_API void SMDLListDeleteEntry(SMDLList* list, SMDLListEntry* entry);
+
+KQSUPT_API SMDLListEntry* SMDLListRemoveEntryAtHead(SMDLList* list);
+
+/* The last entry, in constant time. */
+KQSUPT_API SMDLListEntry* SMDLListRemoveEntryAtTail(SMDLList* list);
+
+KQSUPT_API uint32_t SMDLListIsEmpty(const SMDLList* list);
+
 /* ---- Red-black tree ----------------------------------------------------------------------------
  *
  * A balanced search tree of data items. The tree stores one pointer per item and never looks behind
@@ -95,6 +238,72 @@ KQSUPT_API void SMRedBlackTreeDelete(SMRedBlackTree* tree, void* context,
  * `context` or `visit` is NULL or the mode is unknown. The callback must not change the tree. */
 KQSUPT_API void* SMRedBlackTreeDataWalk(SMRedBlackTree root, void* context,
                                         SMRedBlackTreeVisit visit, uint32_t mode);
+
+/* ---- Hash ID table -----------------------------------------------------------------------------
+ *
+ * Hands out small IDs, and knows which are in use. A table is memory of the caller, one bit per ID:
+ * ID k is bit k % 32, counted from the least significant one, of the 32-bit word k / 32 in the byte
+ * order of the host. There is no header; a copy of the bytes is a copy of the table. Every function
+ * takes the size of the table in bytes, of which only whole words count: fewer than 4 bytes make an
+ * empty table. The table pointer is not checked, and may have any alignment.
+ *
+ * ID 0 is never handed out and never reported, so that 0 says "none" in every result.
+ *
+ *     bytes = SMHashTableBytesNeeded(1000);
+ *     table = SMAllocMem(bytes);
+ *     SMClearHashTable(table, bytes);
+ *     id = SMAcquireHashID(table, bytes, SM_HASH_ID_LOWEST_FREE);
+ *     SMReleaseHashID(table, bytes, id);
+ */
+
+/* Which ID SMAcquireHashID takes. */
+enum {
+  /* The lowest one that is free. */
+  SM_HASH_ID_LOWEST_FREE = 0,
+  /* One above those in use, so that an ID that was released is not taken again at once: in the last
+   * word that is used in part, else in the first one that is not used at all, the lowest of the
+   * highest IDs in a row that are free. */
+  SM_HASH_ID_AFTER_HIGHEST = 1
+};
+
+/* How many bytes a table for the IDs 1 to `maxID` has: a multiple of 4. 0 when `maxID` is 0 or
+ * above 0x3FFFFFFE. */
+KQSUPT_API uint32_t SMHashTableBytesNeeded(uint32_t maxID);
+
+/* Sets all `bytes` bytes to 0: no ID is in use. Always SM_STATUS_SUCCESS. */
+KQSUPT_API SMStatus SMClearHashTable(void* table, uint32_t bytes);
+
+/* Takes an ID, chosen by one of the modes SM_HASH_ID_, and returns it. 0 when none is free or the
+ * mode is another number. */
+KQSUPT_API uint32_t SMAcquireHashID(void* table, uint32_t bytes, int32_t mode);
+
+/* Takes this ID, which may be 0. SM_STATUS_OPERATION_FAILED when the table has no such ID;
+ * SM_STATUS_ALREADY_EXISTS when it is in use. */
+KQSUPT_API SMStatus SMAcquireHashIDByID(void* table, uint32_t bytes, uint32_t id);
+
+/* SM_STATUS_SUCCESS when the ID is in use, SM_STATUS_INDEX_OUT_OF_RANGE when it is not,
+ * SM_STATUS_OPERATION_FAILED when the table has no such ID. */
+KQSUPT_API SMStatus SMVerifyHashID(const void* table, uint32_t bytes, uint32_t id);
+
+/* Makes the ID free again. SM_STATUS_INDEX_OUT_OF_RANGE when it is not in use,
+ * SM_STATUS_OPERATION_FAILED when the table has no such ID. */
+KQSUPT_API SMStatus SMReleaseHashID(void* table, uint32_t bytes, uint32_t id);
+
+/* The smallest ID in use, or 0. Also 0, whatever the other words hold, when ID 0 is the only one in
+ * use of those below 32. */
+KQSUPT_API uint32_t SMGetMinInUseID(const void* table, uint32_t bytes);
+
+/* The largest ID in use, or 0. */
+KQSUPT_API uint32_t SMGetMaxInUseID(const void* table, uint32_t bytes);
+
+/* Goes through the IDs in use in ascending order, from the first or from behind the one that the
+ * last call returned. The two cursors are the caller's and hold the word and the bit of that ID;
+ * SMFindFirstHashID sets them to 0 first. Returns the ID, or 0 with the cursors as they are when
+ * there is none left. Also 0 when a cursor is NULL. */
+KQSUPT_API uint32_t SMFindFirstHashID(const void* table, uint32_t bytes, uint32_t* wordCursor,
+                                      uint32_t* bitCursor);
+KQSUPT_API uint32_t SMFindNextHashID(const void* table, uint32_t bytes, uint32_t* wordCursor,
+                                     uint32_t* bitCursor);
 
 /* ---- CRC-32 ------------------------------------------------------------------------------------
  *

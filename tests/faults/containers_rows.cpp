@@ -29,6 +29,32 @@ struct Tree {
   int added = 25;
 };
 
+// What an allocating call of a list made: a list, or an entry of one.
+template <class Made, void (*kFree)(Made*)>
+struct OfList {
+  ~OfList() { kFree(made); }
+  SMStatus keep(Made* block) {
+    made = block;
+    return made != nullptr ? SM_STATUS_SUCCESS : SM_STATUS_NO_MEMORY;
+  }
+
+  Made* made = nullptr;
+};
+template <class Made, void (*kFree)(Made*), Made* (*kAlloc)()>
+Row list_row(const char* name) {
+  using State = OfList<Made, kFree>;
+  return row<State>(
+      name, {{SM_STATUS_NO_MEMORY, 0}}, [](State& state) { return state.keep(kAlloc()); },
+      [](State& state) { return state.made == nullptr; });
+}
+template <class Made, void (*kFree)(Made*), Made* (*kAlloc)(uint32_t)>
+Row entry_row(const char* name) {
+  using State = OfList<Made, kFree>;
+  return row<State>(
+      name, {{SM_STATUS_NO_MEMORY, 0}}, [](State& state) { return state.keep(kAlloc(16)); },
+      [](State& state) { return state.made == nullptr; });
+}
+
 // The module of the checksums' table: this program has one of its own, which the library's start
 // has not touched.
 struct Crc32Module {
@@ -39,6 +65,10 @@ struct Crc32Module {
 
 std::vector<Row> containers_rows() {
   return {
+      list_row<SMSLList, SMSLListFree, SMSLListAlloc>("SMSLListAlloc"),
+      entry_row<SMSLListEntry, SMSLListEntryFree, SMSLListEntryAlloc>("SMSLListEntryAlloc"),
+      list_row<SMDLList, SMDLListFree, SMDLListAlloc>("SMDLListAlloc"),
+      entry_row<SMDLListEntry, SMDLListEntryFree, SMDLListEntryAlloc>("SMDLListEntryAlloc"),
       row<Tree>(
           "SMRedBlackTreeDataInsert", {{SM_STATUS_NO_MEMORY, 0}},
           [](Tree& state) {
