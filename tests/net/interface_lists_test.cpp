@@ -19,9 +19,13 @@
 
 namespace {
 
+using kqsupt::tests::add_running;
+using kqsupt::tests::can;
 using kqsupt::tests::Guarded;
+using kqsupt::tests::interface_flags;
+using kqsupt::tests::ip;
 using kqsupt::tests::OwnNetwork;
-using kqsupt::tests::OwnProcNet;
+using kqsupt::tests::wait_until_running;
 using Texts = std::vector<std::string>;
 
 constexpr SMStatus kFailed = 0xFFFFFFFF;
@@ -176,7 +180,8 @@ TEST_F(InterfaceLists, PointToPointInterfacesAreNotListed) {
      "link set tun0 up\n"
      "addr add 2001:db8:2::9/64 dev tun0 nodad\n");
   wait_until_running("tun0");
-  ASSERT_EQ(flags("tun0") & (IFF_POINTOPOINT | IFF_NOARP), unsigned{IFF_POINTOPOINT | IFF_NOARP});
+  ASSERT_EQ(interface_flags("tun0") & (IFF_POINTOPOINT | IFF_NOARP),
+            unsigned{IFF_POINTOPOINT | IFF_NOARP});
   EXPECT_EQ(inet_list(0), Texts{"10.0.2.1"});
   expect_as_the_c_library_lists();
 }
@@ -186,7 +191,7 @@ TEST_F(InterfaceLists, WithoutNeighboursThereIsNoIpv6Address) {
   ip("addr add 10.0.2.1/24 dev veth0\n"
      "addr add 2001:db8::1/64 dev veth0 nodad\n"
      "link set veth0 arp off\n");
-  ASSERT_NE(flags("veth0") & IFF_NOARP, 0U);
+  ASSERT_NE(interface_flags("veth0") & IFF_NOARP, 0U);
   EXPECT_EQ(inet_list(0), Texts{"10.0.2.1"});
   expect_as_the_c_library_lists();
 }

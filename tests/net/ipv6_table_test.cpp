@@ -12,6 +12,8 @@
 
 namespace {
 
+using kqsupt::tests::add_running;
+using kqsupt::tests::ip;
 using kqsupt::tests::OwnNetwork;
 using kqsupt::tests::OwnProcNet;
 using Texts = std::vector<std::string>;
