@@ -27,10 +27,11 @@ KQSUPT_API SMStatus SMGetIPHostName(char* buffer, uint32_t* size);
  * the name is not UTF-8, also when a character of it was cut. 17: not started. */
 KQSUPT_API SMStatus SMUCS2GetIPHostName(ustring* buffer, uint32_t* size);
 
-/* The DNS suffix of this machine to `buffer`, which has `*size` bytes: what follows the first "." of
- * the official name that the resolver has for the host name, or an empty text when there is no ".".
- * `*size` receives the size of the text with its terminator, also with SM_STATUS_BUFFER_TOO_SMALL.
- * `buffer` may be NULL to ask for that. This may wait for a name server.
+/* The DNS suffix of this machine to `buffer`, which has `*size` bytes: what follows the first "."
+ * of the official name that the resolver has for the host name, or an empty text when there is no
+ * ".". `*size` receives the size of the text with its terminator, also with
+ * SM_STATUS_BUFFER_TOO_SMALL. `buffer` may be NULL to ask for that. This may wait for a name
+ * server.
  * SM_STATUS_UNSUCCESSFUL: `size` is NULL. SM_STATUS_BUFFER_TOO_SMALL: also when `buffer` is NULL.
  * 0xFFFFFFFF: the host name does not resolve to an IPv4 address. SM_STATUS_NO_MEMORY. 17: not
  * started. */
@@ -83,13 +84,13 @@ typedef struct SMIPAddrStr {
 } SMIPAddrStr;
 
 /* The IPv4 addresses of the interfaces that run and are neither loopback nor point-to-point, to
- * `entries`, which has room for `*count` of them. Each address is there once, in the order of the
- * interface table, also where several have one label. `*count` receives the number found, which may
- * be above the room. `entries` may be NULL to count only; `*count` is not read then. `host` is not
- * used.
- * SM_STATUS_UNSUCCESSFUL: `count` is NULL. SM_STATUS_BUFFER_TOO_SMALL: more were found than fit; the
- * first ones are there. 0xFFFFFFFF: the interface table cannot be read, or memory is short; `*count`
- * is not changed. 17: not started. */
+ * `entries`, which has room for `*count` of them. Each address of an interface is there once, in
+ * the order of the interface table, also where several have one label. `*count` receives the number
+ * found, which may be above the room. `entries` may be NULL to count only; `*count` is not read
+ * then. `host` is not used.
+ * SM_STATUS_UNSUCCESSFUL: `count` is NULL. SM_STATUS_BUFFER_TOO_SMALL: more were found than fit;
+ * the first ones are there. 0xFFFFFFFF: the interface table cannot be read, or memory is short;
+ * `*count` is not changed. 17: not started. */
 KQSUPT_API SMStatus SMGetIPAddrStrList(const char* host, uint32_t* count, SMIPAddrStr* entries);
 
 /* An address of either family as text. */
@@ -103,10 +104,10 @@ typedef struct SMInetAddrStr {
 enum { SM_INET_LIST_BOTH = 0, SM_INET_LIST_IPV4 = 1, SM_INET_LIST_IPV6 = 2 };
 
 /* The addresses of this machine to `entries`, which has room for `*count` of them: the IPv4
- * addresses as SMGetIPAddrStrList lists them, then the IPv6 addresses of the interfaces that are not
- * loopback and have neighbours, global ones first, then site-local and link-local ones. `*count`
- * receives the number found, which may be above the room. `entries` may be NULL to count only;
- * `*count` is not read then.
+ * addresses as SMGetIPAddrStrList lists them, then the IPv6 addresses of the interfaces that are
+ * not loopback and have neighbours, global ones first, then site-local and link-local ones.
+ * `*count` receives the number found, which may be above the room. `entries` may be NULL to count
+ * only; `*count` is not read then.
  *
  * When there is no room for all IPv4 addresses none of them is written. The answer is that of the
  * last family listed: when that is IPv6 and there is no such address it is SM_STATUS_SUCCESS, also

@@ -58,8 +58,9 @@ TEST(Layering, RoomsIncludeOnlyTheRoomsBelowThem) {
       {"net", {"net", "os", "frame"}},
       {"log", {"log", "text", "frame"}},
   };
-  // What else a room may see, of the rooms above it. Typed values read addresses and lists. Files
-  // are guarded by locks, and the names of locks are kept in a file.
+  // What else a room may see, of the rooms above it. Typed values read addresses and lists, and
+  // addresses are read as typed values are. Files are guarded by locks, and the names of locks are
+  // kept in a file.
   const Names above = {
       "text: ipc/local_mutex.h",     "text: net/ipv4.h",        "text: config/item_list.h",
       "config: ipc/local_mutex.h",   "config: ipc/path_lock.h", "ipc: config/ini_file.h",

@@ -184,6 +184,9 @@ TEST_F(InterfaceLists, PointToPointInterfacesAreNotListed) {
             unsigned{IFF_POINTOPOINT | IFF_NOARP});
   EXPECT_EQ(inet_list(0), Texts{"10.0.2.1"});
   expect_as_the_c_library_lists();
+  ip("link set tun0 arp on\n");
+  EXPECT_EQ(inet_list(0), (Texts{"10.0.2.1", "2001:db8:2::9"})) << "IPv6 asks for neighbours only";
+  expect_as_the_c_library_lists();
 }
 
 TEST_F(InterfaceLists, WithoutNeighboursThereIsNoIpv6Address) {

@@ -66,8 +66,8 @@ class OwnNetwork : public testing::Test {
   void SetUp() override { enter_own_network(); }
 };
 
-// A directory in the place of this process's /proc/net. What is in there is the test's: the kernel's
-// table of IPv6 addresses, or another one, or none.
+// A directory in the place of this process's /proc/net: the table of IPv6 addresses is the one that
+// the test puts there, or there is none.
 class OwnProcNet {
  public:
   OwnProcNet() {
