@@ -150,7 +150,7 @@ class Record {
   }
   static const char* name_of_host(char (&text)[256]) {
     uint32_t size = sizeof text;
-    if (net::host_name(text, &size) != SM_STATUS_SUCCESS) {
+    if (net::ip_host_name(text, &size) != SM_STATUS_SUCCESS) {
       text[0] = '\0';
     }
     return text;

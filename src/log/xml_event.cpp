@@ -68,7 +68,7 @@ Buffer build_document(const Event& event, const char* category) {
   const auto date = static_cast<int32_t>(seconds);
   char host[256];
   uint32_t host_size = sizeof host;
-  if (net::host_name(host, &host_size) != SM_STATUS_SUCCESS) {
+  if (net::ip_host_name(host, &host_size) != SM_STATUS_SUCCESS) {
     host[0] = '\0';
   }
   struct Child {

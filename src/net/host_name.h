@@ -1,13 +1,12 @@
-// The names of this host.
+// What this machine is called.
 #pragma once
 
-#include <cstdint>
-
-#include "kqsupt/frame.h"
+#include "kqsupt/net.h"
 
 namespace kqsupt::net {
 
-// The exported operation.
-[[nodiscard]] SMStatus host_name(char* buffer, uint32_t* size);
+[[nodiscard]] SMStatus ip_host_name(char* buffer, uint32_t* size);
+[[nodiscard]] SMStatus ip_host_name_in_ucs2(ustring* buffer, uint32_t* size);
+[[nodiscard]] SMStatus dns_suffix(char* buffer, uint32_t* size);
 
 }  // namespace kqsupt::net

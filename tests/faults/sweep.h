@@ -50,6 +50,7 @@ std::vector<Row> containers_rows();
 std::vector<Row> sdo_rows();
 std::vector<Row> text_rows();
 std::vector<Row> os_rows();
+std::vector<Row> net_rows();
 std::vector<Row> ipc_rows();
 std::vector<Row> log_rows();
 std::vector<Row> config_rows();

@@ -42,7 +42,7 @@ bool sweep_point(const Row& row, uint64_t n, Fault fault) {
 std::vector<Row> all_rows() {
   std::vector<Row> rows;
   for (const auto& room : {frame_rows(), containers_rows(), sdo_rows(), text_rows(), os_rows(),
-                           ipc_rows(), log_rows(), config_rows()}) {
+                           net_rows(), ipc_rows(), log_rows(), config_rows()}) {
     rows.insert(rows.end(), room.begin(), room.end());
   }
   return rows;

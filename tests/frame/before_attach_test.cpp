@@ -125,6 +125,51 @@ TEST(WithoutRegistryFile, AddressesAreNotConverted) {
   EXPECT_STREQ(text, "old");
 }
 
+TEST(WithoutRegistryFile, HostNamesAreNotGiven) {
+  char text[16] = "old";
+  uint32_t size = sizeof text;
+  EXPECT_EQ(SMGetIPHostName(text, &size), kNotStarted);
+  EXPECT_EQ(SMGetDNSSuffixNameName(text, &size), kNotStarted);
+  EXPECT_EQ(SMGetDNSSuffixNameName(nullptr, &size), kNotStarted);
+  EXPECT_EQ(size, sizeof text);
+  EXPECT_STREQ(text, "old");
+  ustring units[100] = {7};
+  size = sizeof units;
+  EXPECT_EQ(SMUCS2GetIPHostName(units, &size), kNotStarted);
+  EXPECT_EQ(SMUCS2GetIPHostName(nullptr, &size), kNotStarted);
+  EXPECT_EQ(size, sizeof units);
+  EXPECT_EQ(units[0], 7);
+  size = 0;
+  EXPECT_EQ(SMGetIPHostName(text, &size), kNotStarted);
+}
+
+TEST(WithoutRegistryFile, AddressesOfEitherFamilyAreNotConverted) {
+  uint8_t bytes[16] = {7};
+  char text[64] = "old";
+  uint32_t size = 0;
+  for (const uint32_t family : {0U, 1U, 2U}) {
+    EXPECT_EQ(SMInetAddrUTF8ToNetwork(family, "1.2.3.4", bytes, &size), kNotStarted);
+    EXPECT_EQ(SMInetAddrNetworkToUTF8(family, bytes, 4, text, &size), kNotStarted);
+  }
+  EXPECT_EQ(size, 0U);
+  EXPECT_EQ(bytes[0], 7);
+  EXPECT_STREQ(text, "old");
+}
+
+TEST(WithoutRegistryFile, AddressesAreNotListed) {
+  SMIPAddrStr text{};
+  SMInetAddrStr entry{};
+  uint32_t count = 1;
+  EXPECT_EQ(SMGetIPAddrStrList(nullptr, &count, &text), kNotStarted);
+  EXPECT_EQ(SMGetIPAddrStrList(nullptr, &count, nullptr), kNotStarted);
+  for (const uint32_t selector : {0U, 1U, 2U, 3U}) {
+    EXPECT_EQ(SMGetInetAddrStrList(selector, &count, &entry), kNotStarted);
+  }
+  EXPECT_EQ(count, 1U);
+  EXPECT_EQ(text.text[0], '\0');
+  EXPECT_EQ(entry.family, 0);
+}
+
 TEST(WithoutRegistryFile, TypedValuesOfAddressesAnswerTheSame) {
   uint32_t address = 7;
   uint32_t size = sizeof address;
@@ -154,6 +199,14 @@ TEST(WithoutRegistryFile, NullsAreRefusedBeforeThat) {
   EXPECT_EQ(SMIPAddrASCIIToNetwork("10.0.0.1", nullptr), SM_STATUS_UNSUCCESSFUL);
   EXPECT_EQ(SMIPAddrNetworkToASCII(address, nullptr, &size), SM_STATUS_UNSUCCESSFUL);
   EXPECT_EQ(SMIPAddrNetworkToASCII(address, text, nullptr), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMGetIPHostName(nullptr, &size), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMGetIPHostName(text, nullptr), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMUCS2GetIPHostName(nullptr, nullptr), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMGetDNSSuffixNameName(text, nullptr), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMInetAddrUTF8ToNetwork(1, "10.0.0.1", nullptr, &size), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMInetAddrNetworkToUTF8(1, nullptr, 4, text, &size), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMGetIPAddrStrList(nullptr, nullptr, nullptr), SM_STATUS_UNSUCCESSFUL);
+  EXPECT_EQ(SMGetInetAddrStrList(0, nullptr, nullptr), SM_STATUS_UNSUCCESSFUL);
   EXPECT_EQ(SMXLTUTF8ToTypeValue(nullptr, &address, &size, SMXLT_TYPE_IPV4),
             SM_STATUS_INVALID_PARAMETER);
   EXPECT_EQ(SMXLTUTF8ToTypeValue("10.0.0.1", nullptr, &size, SMXLT_TYPE_IPV4),
