@@ -10,6 +10,7 @@
 #include "ipc/path_lock_table.h"
 #include "ipc/registry.h"
 #include "net/network_layer.h"
+#include "os/shared_libraries.h"
 #include "text/format.h"
 
 namespace kqsupt::frame {
@@ -22,7 +23,7 @@ namespace {
 // Records, trees and text keep nothing between two calls and need no start. Each export works, or
 // says that it cannot, whether or not the start succeeded and also before the constructor below has
 // run.
-constexpr std::array<Module, 7> kModules{{
+constexpr std::array<Module, 8> kModules{{
     {"install registry", [] { return config::start_install_registry() && ipc::start_path_locks(); },
      [] {
        ipc::stop_path_locks();
@@ -33,6 +34,7 @@ constexpr std::array<Module, 7> kModules{{
     {"named objects", ipc::start_registry, ipc::stop_registry},
     {"critical sections", ipc::start_critical_sections, ipc::stop_critical_sections},
     {"formatter", text::start_formatter, text::stop_formatter},
+    {"shared libraries", os::start_shared_libraries, os::stop_shared_libraries},
     {"CRC-32 table", containers::start_crc32_table, containers::stop_crc32_table},
 }};
 

@@ -46,14 +46,21 @@ ssize_t FileDescriptor::read_all(void* buffer, size_t size) const {
   return static_cast<ssize_t>(done);
 }
 
+ssize_t FileDescriptor::write_some(const void* bytes, size_t size) const {
+  ssize_t count;
+  do {
+    count = ::write(fd_, bytes, size);
+  } while (count < 0 && errno == EINTR);
+  return count;
+}
+
 bool FileDescriptor::write_all(std::string_view bytes) const {
   while (!bytes.empty()) {
-    const ssize_t count = ::write(fd_, bytes.data(), bytes.size());
-    if (count > 0) {
-      bytes.remove_prefix(static_cast<size_t>(count));
-    } else if (count == 0 || errno != EINTR) {
+    const ssize_t count = write_some(bytes.data(), bytes.size());
+    if (count <= 0) {
       return false;
     }
+    bytes.remove_prefix(static_cast<size_t>(count));
   }
   return true;
 }

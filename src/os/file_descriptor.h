@@ -38,6 +38,8 @@ class FileDescriptor {
   // Reads until `size` bytes are there or the file ends. The number of bytes; -1 on failure.
   [[nodiscard]] ssize_t read_all(void* buffer, size_t size) const;
 
+  // Writes once. The number of bytes, which may be fewer; -1 on failure.
+  [[nodiscard]] ssize_t write_some(const void* bytes, size_t size) const;
   // False, with a part of it written, when the file takes no more.
   [[nodiscard]] bool write_all(std::string_view bytes) const;
 
