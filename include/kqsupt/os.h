@@ -1,4 +1,4 @@
-/* Services of the operating system: threads, dynamic libraries, the environment, copies of files. */
+/* Services of the operating system: threads, dynamic libraries, the environment, file copies. */
 #ifndef KQSUPT_OS_H
 #define KQSUPT_OS_H
 
@@ -59,7 +59,8 @@ typedef struct SMLib SMLib;
 
 /* Loads the library at `path` with all it needs, at once. The caller hands the record to
  * SMLibUnLoad. Loading a path again gives a record of its own. NULL when `path` is NULL, memory is
- * short, or the loader refuses, as it does when a name that the library needs is nowhere defined. */
+ * short, or the loader refuses, as it does when a name that the library needs is not defined
+ * anywhere. */
 KQSUPT_API SMLib* SMLibLoad(const char* path);
 
 /* Unloads a library and releases its record; its code stays in the process until every record of it
@@ -91,18 +92,18 @@ KQSUPT_API SMStatus SMLibUnLinkFromExportFN(SMLib* library, void* address);
  * changed. NULL too when the library has no such function: `user` is a user of it all the same. */
 KQSUPT_API void* SMFLibLinkToExportFN(const char* user, const char* path, const char* function);
 
-/* Ends the use of the library at `path` by `user`, however many functions it linked; the last one has
- * the library unloaded, and each address and record of it is void. A call with a name that is not
- * among its users counts as that of one of them: it can unload a library that others still use. 0 also
- * when no such library is loaded. SM_STATUS_INVALID_PARAMETER: `user` or `path` is NULL.
+/* Ends the use of the library at `path` by `user`, however many functions it linked; the last one
+ * has the library unloaded, and each address and record of it is void. A call with a name that is
+ * not among its users counts as that of one of them: it can unload a library that others still use.
+ * 0 also when no such library is loaded. SM_STATUS_INVALID_PARAMETER: `user` or `path` is NULL.
  * 0xFFFFFFFF: the user is known and cannot be struck off. */
 KQSUPT_API SMStatus SMFLibUnLoad(const char* user, const char* path);
 
-/* ---- The environment --------------------------------------------------------------------------- */
+/* ---- The environment ------------------------------------------------------------------------ */
 
-/* A copy of the value of the variable `name`, which the caller releases by SMFreeMem. `*size` gets its
- * size in bytes with the terminator; `size` may be NULL. NULL, and `*size` as it was, when `name` is
- * NULL, there is no such variable or memory is short. */
+/* A copy of the value of the variable `name`, which the caller releases by SMFreeMem. `*size` gets
+ * its size in bytes with the terminator; `size` may be NULL. NULL, and `*size` as it was, when
+ * `name` is NULL, there is no such variable or memory is short. */
 KQSUPT_API char* SMEnvDup(const char* name, uint32_t* size);
 
 /* ---- Copies of files ---------------------------------------------------------------------------
@@ -133,8 +134,8 @@ KQSUPT_API SMStatus SMFileCopyAndSync(const char* source, const char* destinatio
                                       uint32_t overwrite);
 
 /* Writes what the file `source` holds behind the end of the file `destination`, whose permission
- * bits remain. It is created, with those of `source`, when it does not exist; with `create` 0 it must
- * exist. */
+ * bits remain. It is created, with those of `source`, when it does not exist; with `create` 0 it
+ * must exist. */
 KQSUPT_API SMStatus SMFileAppend(const char* source, const char* destination, uint32_t create);
 
 /* The same, and waits until all of it is on the disk. */

@@ -9,7 +9,8 @@
 
 namespace kqsupt::os {
 
-// A value that grows between the two looks at it is not copied; one that shrinks tells its new size.
+// A value that grows between the two looks at it is not copied; one that shrinks tells its new
+// size.
 char* copy_of_variable(const char* name, uint32_t* size) {
   size_t needed = 0;
   if (getenv_s(&needed, nullptr, 0, name) != 0 || needed == 0) {

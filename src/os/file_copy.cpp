@@ -52,10 +52,10 @@ SMStatus copy_in_parts(const FileDescriptor& from, const FileDescriptor& to, voi
   }
 }
 
-// Has the kernel copy from file to file, as far as it can and will: it takes two thirds of the time that
-// the loop takes. Where it stops is no result. The loop goes on from the beginning of the part that it
-// stopped in, finds the end of the source or fails in its own way, and leaves the same file behind
-// as if it had done everything. False when the loop cannot be sent there.
+// Has the kernel copy from file to file, as far as it can and will: it takes two thirds of the time
+// that the loop takes. Where it stops is no result. The loop goes on from the beginning of the part
+// that it stopped in, finds the end of the source or fails in its own way, and leaves the same file
+// behind as if it had done everything. False when the loop cannot be sent there.
 bool copy_bulk(const FileDescriptor& from, const FileDescriptor& to) {
   constexpr size_t kMost = 0x7FFFF000;  // of one call, on every kernel
   off_t done = 0;

@@ -63,8 +63,8 @@ SMStatus unload_library(SMLib* library) {
   return SM_STATUS_SUCCESS;
 }
 
-// The loader tells by its error state whether a name is missing. A name whose value is null is there, but
-// nothing can be called by it: it answers as one that is missing.
+// The loader tells by its error state whether a name is missing. A name whose value is null is
+// there, but nothing can be called by it: it answers as one that is missing.
 void* library_function(SMLib* library, const char* name) {
   if (library == nullptr || name == nullptr || !is_loaded(*library)) {
     return nullptr;

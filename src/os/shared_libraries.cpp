@@ -1,14 +1,15 @@
-// One loaded copy of each library, with the names of its users and the addresses that were looked up.
+// One loaded copy of each library, with the names of its users and the addresses that were looked
+// up.
 //
 // The loader is never called while the table's mutex is held. It runs constructors and destructors
 // of libraries, which may well call the functions below, and it does so under a lock of its own: a
 // thread that waited for that lock with the table's mutex in hand, and a constructor on another
 // thread that waited for the mutex, would wait for ever. So a call notes what it needs, lets go of
 // the mutex, asks the loader, and enters all that it brought at once. A constructor that links a
-// function, be it of its own library, therefore gets it. Two threads that load a library at the same
-// time both ask the loader, which counts: it is in the process once, and the second comer gives its
-// count back. What one thread uses outside the mutex another one cannot unload, because each entry
-// counts who holds it.
+// function, be it of its own library, therefore gets it. Two threads that load a library at the
+// same time both ask the loader, which counts: it is in the process once, and the second comer
+// gives its count back. What one thread uses outside the mutex another one cannot unload, because
+// each entry counts who holds it.
 
 #include "os/shared_libraries.h"
 
@@ -150,8 +151,8 @@ Hold load_entry(const char* path) {
   return Hold::adopt(entry);
 }
 
-// The address that was looked up before, else what the loader says: null when the library has no such
-// function.
+// The address that was looked up before, else what the loader says: null when the library has no
+// such function.
 void* address_in(const Hold& entry, const char* name) {
   {
     const LocalMutexGuard guard(table_mutex);
@@ -283,8 +284,8 @@ void stop_shared_libraries() {
   });
 }
 
-// A user that asks for a function which the library does not have is a user of it all the same, and lets
-// go of it by unloading it.
+// A user that asks for a function which the library does not have is a user of it all the same, and
+// lets go of it by unloading it.
 void* link_shared_function(const char* user, const char* path, const char* function) {
   if (user == nullptr || path == nullptr) {
     return nullptr;

@@ -21,8 +21,8 @@ struct Thread {
   SMThread* thread = nullptr;
 };
 
-// A library that the process has already: the loader is left with little to allocate, and with what it
-// says of failures, which it keeps until it has been asked twice.
+// A library that the process has already: the loader is left with little to allocate, and with what
+// it says of failures, which it keeps until it has been asked twice.
 constexpr char kLibrary[] = KQSUPT_LIB_DIR "/libkqbounded.so.1";
 
 void forget_failures() {

@@ -86,8 +86,8 @@ bool call_files_and_objects() {
   return no_files && no_names && locked && taken && signalled && number == 7;
 }
 
-// A library that was loaded now would be initialized before the C library: there is none to load. The
-// environment is not there yet either.
+// A library that was loaded now would be initialized before the C library: there is none to load.
+// The environment is not there yet either.
 bool call_libraries_and_files() {
   return SMLibLoad("/no/such/library") == nullptr &&
          SMFLibLinkToExportFN("user", "/no/such/library", nullptr) == nullptr &&

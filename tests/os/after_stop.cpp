@@ -1,5 +1,6 @@
-// Calls that come when the library has been stopped. By then nothing of the program runs any more but what
-// is still to be written to its files: the calls hide in one of these. $1 is a library, $2 a file.
+// Calls that come when the library has been stopped. By then nothing of the program runs any more
+// but what is still to be written to its files: the calls hide in one of these. $1 is a
+// library, $2 a file.
 
 #include <kqsupt/frame.h>
 #include <kqsupt/os.h>

@@ -346,8 +346,8 @@ void count_signal(int) {
   signals = signals + 1;
 }
 
-// Signals that interrupt calls come while the source has nothing yet, and while the destination takes no
-// more.
+// Signals that interrupt calls come while the source has nothing yet, and while the destination
+// takes no more.
 TEST_P(AllFour, GoOnWhenSignalsInterruptThem) {
   const std::string text = text_of(200000);
   ASSERT_EQ(mkfifo(source_.c_str(), 0600), 0);

@@ -1,5 +1,5 @@
-// A library whose constructor and destructor link and unload: functions of their own library, which is at
-// $KQSUPT_SELF, and of another one, which is at $KQSUPT_OTHER.
+// A library whose constructor and destructor link and unload: functions of their own library, which
+// is at $KQSUPT_SELF, and of another one, which is at $KQSUPT_OTHER.
 
 #include <kqsupt/os.h>
 

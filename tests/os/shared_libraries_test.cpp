@@ -274,8 +274,8 @@ TEST_F(LinkingLibrary, MayLinkWhileItIsLoadedAndUnloadWhileItIsUnloaded) {
   EXPECT_EQ(loads(), "+-");
 }
 
-// One thread is inside the loader when it asks for the table, the other one inside the table when it
-// asks for the loader.
+// One thread is inside the loader when it asks for the table, the other one inside the table when
+// it asks for the loader.
 TEST_F(LinkingLibrary, MayBeLoadedWhileAnotherThreadLoadsLibraries) {
   std::thread other([&] {
     for (int round = 0; round < 200; ++round) {

@@ -1,5 +1,5 @@
-// copy-worker KIND SOURCE DESTINATION: copies a file, or appends it, and prints the status. The calls of
-// getppid mark what is tested.
+// copy-worker KIND SOURCE DESTINATION: copies a file, or appends it, and prints the status. The
+// calls of getppid mark what is tested.
 
 #include <kqsupt/os.h>
 #include <unistd.h>
