@@ -3,7 +3,11 @@
 #include "kqsupt/os.h"
 
 #include "os/clock.h"
+#include "os/environment.h"
+#include "os/file_copy.h"
 #include "os/host.h"
+#include "os/library.h"
+#include "os/shared_libraries.h"
 #include "os/system_log.h"
 #include "os/threads.h"
 
@@ -65,6 +69,42 @@ void SMResetExportContext() {}
 SMStatus SMAppendToOSSysLog(uint32_t eventType, uint32_t logSource, uint32_t eventID,
                             const char* identity, const char* message, const void*, uint32_t) {
   return os::append_to_system_log({eventType, logSource, eventID, identity, message});
+}
+
+SMLib* SMLibLoad(const char* path) {
+  return os::load_library(path);
+}
+SMStatus SMLibUnLoad(SMLib* library) {
+  return os::unload_library(library);
+}
+void* SMLibLinkToExportFN(SMLib* library, const char* function) {
+  return os::library_function(library, function);
+}
+SMStatus SMLibUnLinkFromExportFN(SMLib* library, void* address) {
+  return os::unlink_library_function(library, address);
+}
+void* SMFLibLinkToExportFN(const char* user, const char* path, const char* function) {
+  return os::link_shared_function(user, path, function);
+}
+SMStatus SMFLibUnLoad(const char* user, const char* path) {
+  return os::unload_shared_library(user, path);
+}
+
+char* SMEnvDup(const char* name, uint32_t* size) {
+  return os::copy_of_variable(name, size);
+}
+
+SMStatus SMFileCopy(const char* source, const char* destination, uint32_t overwrite) {
+  return os::copy_file(source, destination, overwrite, os::Sync::kNo);
+}
+SMStatus SMFileCopyAndSync(const char* source, const char* destination, uint32_t overwrite) {
+  return os::copy_file(source, destination, overwrite, os::Sync::kYes);
+}
+SMStatus SMFileAppend(const char* source, const char* destination, uint32_t create) {
+  return os::append_file(source, destination, create, os::Sync::kNo);
+}
+SMStatus SMFileAppendAndSync(const char* source, const char* destination, uint32_t create) {
+  return os::append_file(source, destination, create, os::Sync::kYes);
 }
 
 }  // extern "C"

@@ -38,11 +38,11 @@ ssize_t whole_of(void* buffer, size_t size, const Read& read) {
   return static_cast<ssize_t>(done);
 }
 
-// `write(left, done)` until all is written.
+// `write(left, size, done)` until all is written.
 template <class Write>
 bool wrote_all(std::string_view bytes, const Write& write) {
   for (size_t done = 0; done < bytes.size();) {
-    const ssize_t count = repeated([&] { return write(bytes.substr(done), done); });
+    const ssize_t count = write(bytes.data() + done, bytes.size() - done, done);
     if (count <= 0) {
       return false;
     }
@@ -79,15 +79,19 @@ ssize_t FileDescriptor::read_all_at(void* buffer, size_t size, off_t offset) con
   });
 }
 
+ssize_t FileDescriptor::write_some(const void* bytes, size_t size) const {
+  return repeated([=, this] { return ::write(fd_, bytes, size); });
+}
+
 bool FileDescriptor::write_all(std::string_view bytes) const {
-  return wrote_all(bytes, [this](std::string_view left, size_t) {
-    return ::write(fd_, left.data(), left.size());
-  });
+  return wrote_all(
+      bytes, [this](const char* left, size_t size, size_t) { return write_some(left, size); });
 }
 
 bool FileDescriptor::write_all_at(std::string_view bytes, off_t offset) const {
-  return wrote_all(bytes, [=, this](std::string_view left, size_t done) {
-    return ::pwrite(fd_, left.data(), left.size(), offset + static_cast<off_t>(done));
+  return wrote_all(bytes, [=, this](const char* left, size_t size, size_t done) {
+    return repeated(
+        [=, this] { return ::pwrite(fd_, left, size, offset + static_cast<off_t>(done)); });
   });
 }
 

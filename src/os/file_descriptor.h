@@ -41,6 +41,8 @@ class FileDescriptor {
   // The same at an offset, wherever the descriptor stands.
   [[nodiscard]] ssize_t read_all_at(void* buffer, size_t size, off_t offset) const;
 
+  // Writes once. The number of bytes, which may be fewer; -1 on failure.
+  [[nodiscard]] ssize_t write_some(const void* bytes, size_t size) const;
   // False, with a part of it written, when the file takes no more.
   [[nodiscard]] bool write_all(std::string_view bytes) const;
   // The same at an offset, which a file that is open for appending does not heed.

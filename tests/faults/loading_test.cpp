@@ -72,6 +72,12 @@ void expect_answers_of_what_starts(void* library, const std::string& file) {
   const auto section =
       function<decltype(SMCriticalSectionExecute)>(library, "SMCriticalSectionExecute");
   EXPECT_EQ(section([](void*) -> void* { return nullptr; }, nullptr, -1), SM_STATUS_SUCCESS);
+
+  const auto link = function<decltype(SMFLibLinkToExportFN)>(library, "SMFLibLinkToExportFN");
+  const auto unload = function<decltype(SMFLibUnLoad)>(library, "SMFLibUnLoad");
+  void* linked = link("user", KQSUPT_LIB_DIR "/libkqbounded.so.1", "getenv_s");
+  EXPECT_TRUE(linked == nullptr || linked == dlsym(library, "getenv_s"));
+  EXPECT_EQ(unload("user", KQSUPT_LIB_DIR "/libkqbounded.so.1"), SM_STATUS_SUCCESS);
 }
 
 // Named objects: there, or refused.

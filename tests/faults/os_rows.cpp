@@ -1,7 +1,13 @@
-// Threads under failing allocations.
+// Threads, libraries, the environment and copies of files under failing allocations.
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <string>
 
 #include "faults/sweep.h"
 #include "kqsupt/os.h"
+#include "support/scratch.h"
 
 namespace kqsupt::tests {
 namespace {
@@ -15,11 +21,77 @@ struct Thread {
   SMThread* thread = nullptr;
 };
 
+// A library that the process has already: the loader is left with little to allocate, and with what
+// it says of failures, which it keeps until it has been asked twice.
+constexpr char kLibrary[] = KQSUPT_LIB_DIR "/libkqbounded.so.1";
+
+void forget_failures() {
+  dlerror();
+  dlerror();
+}
+
+SMStatus status_of(const void* object) {
+  forget_failures();
+  return object != nullptr ? SM_STATUS_SUCCESS : SM_STATUS_NO_MEMORY;
+}
+
+struct Library {
+  ~Library() { SMLibUnLoad(library); }
+  SMLib* library = nullptr;
+};
+
+SMLib* record_of(const char* user) {
+  return static_cast<SMLib*>(SMFLibLinkToExportFN(user, kLibrary, nullptr));
+}
+
+struct SharedLibrary {
+  ~SharedLibrary() { SMFLibUnLoad("user", kLibrary); }
+  void* function = nullptr;
+};
+
+// Of which a first user has linked nothing.
+struct UsedLibrary : SharedLibrary {
+  UsedLibrary() { library = record_of("first"); }
+  ~UsedLibrary() { SMFLibUnLoad("first", kLibrary); }
+  SMLib* library;
+};
+
+SMStatus link_function(SharedLibrary& state) {
+  state.function = SMFLibLinkToExportFN("user", kLibrary, "getenv_s");
+  return status_of(state.function);
+}
+
+struct Value {
+  ~Value() { SMFreeMem(value); }
+  char* value = nullptr;
+  uint32_t size = 7;
+};
+
+struct Files {
+  Files() {
+    put(source, "new");
+    put(destination, "old");
+  }
+  const Scratch scratch;
+  const std::string source = scratch.file("source");
+  const std::string destination = scratch.file("destination");
+};
+
+template <SMStatus (*kFunction)(const char*, const char*, uint32_t)>
+Row file_row(const std::string& name) {
+  return row<Files>(
+      name, {{SM_STATUS_NO_MEMORY, 0}},
+      [](Files& files) { return kFunction(files.source.c_str(), files.destination.c_str(), 1); },
+      [](Files& files) { return content_of(files.destination) == "old"; });
+}
+
 }  // namespace
 
 std::vector<Row> os_rows() {
   // The C library keeps what it allocates for the first thread, and uses it for the next one.
   SMThreadStop(SMThreadStart(do_nothing, nullptr));
+  // The loader keeps the further name of a library that was loaded by another one.
+  SMLibUnLoad(SMLibLoad(kLibrary));
   return {
       row<Thread>(
           "SMThreadStart", {{SM_STATUS_NO_MEMORY, 0}},
@@ -28,6 +100,32 @@ std::vector<Row> os_rows() {
             return SMStatus{state.thread != nullptr ? SM_STATUS_SUCCESS : SM_STATUS_NO_MEMORY};
           },
           [](Thread& state) { return state.thread == nullptr; }),
+      row<Library>(
+          "SMLibLoad", {{SM_STATUS_NO_MEMORY, 0}},
+          [](Library& state) {
+            state.library = SMLibLoad(kLibrary);
+            return status_of(state.library);
+          },
+          [](Library& state) { return state.library == nullptr; }),
+      row<SharedLibrary>("SMFLibLinkToExportFN", {{SM_STATUS_NO_MEMORY, 0}}, link_function,
+                         [](SharedLibrary& state) { return state.function == nullptr; }),
+      row<UsedLibrary>(
+          "SMFLibLinkToExportFNOfUsedLibrary", {{SM_STATUS_NO_MEMORY, 0}},
+          [](UsedLibrary& state) { return link_function(state); },
+          [](UsedLibrary& state) {
+            return state.function == nullptr && record_of("first") == state.library;
+          }),
+      row<Value>(
+          "SMEnvDup", {{SM_STATUS_NO_MEMORY, 0}},
+          [](Value& state) {
+            state.value = SMEnvDup("TMPDIR", &state.size);
+            return SMStatus{state.value != nullptr ? SM_STATUS_SUCCESS : SM_STATUS_NO_MEMORY};
+          },
+          [](Value& state) { return state.value == nullptr && state.size == 7; }),
+      file_row<SMFileCopy>("SMFileCopy"),
+      file_row<SMFileCopyAndSync>("SMFileCopyAndSync"),
+      file_row<SMFileAppend>("SMFileAppend"),
+      file_row<SMFileAppendAndSync>("SMFileAppendAndSync"),
   };
 }
 

@@ -86,9 +86,21 @@ bool call_files_and_objects() {
   return no_files && no_names && locked && taken && signalled && number == 7;
 }
 
+// A library that was loaded now would be initialized before the C library: there is none to load.
+// The environment is not there yet either.
+bool call_libraries_and_files() {
+  return SMLibLoad("/no/such/library") == nullptr &&
+         SMFLibLinkToExportFN("user", "/no/such/library", nullptr) == nullptr &&
+         SMFLibUnLoad("user", "/no/such/library") == SM_STATUS_SUCCESS &&
+         SMEnvDup("KQSUPT_NO_SUCH_VARIABLE", nullptr) == nullptr &&
+         SMFileCopy("/etc/passwd", "/etc/passwd", 0) == SM_STATUS_FILE_EXISTS &&
+         SMFileAppend("/no/such/file", "/etc/passwd", 0) == SM_STATUS_FILE_NOT_FOUND;
+}
+
 // Takes the registry file of the sandbox away, so that the library's own start fails.
 void before_all_constructors(int, char**, char** environment) {
-  early_calls_worked = call_every_family() && call_files_and_objects();
+  early_calls_worked =
+      call_every_family() && call_files_and_objects() && call_libraries_and_files();
   for (char** variable = environment; *variable != nullptr; ++variable) {
     if (std::strncmp(*variable, "KQSUPT_SANDBOX=", 15) == 0) {
       unlink("/etc/ybreg.cfg");
@@ -108,6 +120,21 @@ TEST(BeforeAttach, EveryFamilyAnswersBeforeTheLibrarysConstructor) {
 TEST(WithoutRegistryFile, ThereIsNone) {
   EXPECT_NE(access("/etc/ybreg.cfg", F_OK), 0);
   EXPECT_NE(access("/usr/lib/ext/mavo/ybreg.cfg", F_OK), 0);
+}
+
+TEST(WithoutRegistryFile, LibrariesAreLoadedForOneUserAndSharedByNone) {
+  SMLib* library = SMLibLoad("libc.so.6");
+  EXPECT_NE(SMLibLinkToExportFN(library, "malloc"), nullptr);
+  EXPECT_EQ(SMLibUnLoad(library), SM_STATUS_SUCCESS);
+  EXPECT_EQ(SMFLibLinkToExportFN("user", "libc.so.6", "malloc"), nullptr);
+  EXPECT_EQ(SMFLibUnLoad("user", "libc.so.6"), SM_STATUS_SUCCESS);
+  EXPECT_EQ(SMFLibUnLoad(nullptr, "libc.so.6"), SM_STATUS_INVALID_PARAMETER);
+}
+
+TEST(WithoutRegistryFile, VariablesAreCopied) {
+  char* path = SMEnvDup("PATH", nullptr);
+  EXPECT_STREQ(path, getenv("PATH"));
+  SMFreeMem(path);
 }
 
 TEST(WithoutRegistryFile, AddressesAreNotConverted) {

@@ -52,7 +52,7 @@ TEST(Layering, RoomsIncludeOnlyTheRoomsBelowThem) {
       {"containers", {"containers", "frame"}},
       {"sdo", {"sdo", "containers", "frame"}},
       {"text", {"text", "frame"}},
-      {"os", {"os", "frame"}},
+      {"os", {"os", "containers", "frame"}},
       {"ipc", {"ipc", "os", "text", "containers", "frame"}},
       {"config", {"config", "os", "text", "containers", "frame"}},
       {"net", {"net", "os", "frame"}},

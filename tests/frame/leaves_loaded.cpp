@@ -24,7 +24,7 @@ Function* function(const char* name) {
 }
 
 // The locks of paths, the critical sections, a lock that is held, the table of install paths, the
-// formatter.
+// formatter, a library that is shared.
 bool use() {
   char text[300];
   uint32_t size = sizeof text;
@@ -36,7 +36,9 @@ bool use() {
       function<decltype(SMGetInstallPath)>("SMGetInstallPath")(text, &size) == SM_STATUS_SUCCESS &&
       function<decltype(SMCriticalSectionExecute)>("SMCriticalSectionExecute")(
           [](void*) -> void* { return nullptr; }, nullptr, -1) == SM_STATUS_SUCCESS &&
-      function<decltype(SMsnprintf)>("SMsnprintf")(text, sizeof text, "%d", 7) == 1;
+      function<decltype(SMsnprintf)>("SMsnprintf")(text, sizeof text, "%d", 7) == 1 &&
+      function<decltype(SMFLibLinkToExportFN)>("SMFLibLinkToExportFN")("user", "libc.so.6",
+                                                                       "malloc") != nullptr;
   function<decltype(SMSemaphoreDestroy)>("SMSemaphoreDestroy")(semaphore);
   return used;
 }

@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <malloc.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <tuple>
@@ -11,6 +12,7 @@
 
 #include "gtest/gtest.h"
 #include "support/program.h"
+#include "support/scratch.h"
 
 namespace {
 
@@ -66,6 +68,23 @@ TEST(Loading, AHundredTimesLeavesNothingBehind) {
     ASSERT_TRUE(load_and_unload()) << "at load " << i;
   }
   EXPECT_EQ(holdings(), before);
+}
+
+// With the library goes the table, and what is in it.
+TEST(Loading, UnloadingUnloadsWhatUsersShare) {
+  const kqsupt::tests::Scratch scratch;
+  setenv("KQSUPT_LOADS", scratch.file("loads").c_str(), 1);
+  void* library = dlopen(KQSUPT_LIB_DIR "/libkqsupt.so.9", RTLD_NOW);
+  ASSERT_NE(library, nullptr) << dlerror();
+  using Link = void* (*)(const char*, const char*, const char*);
+  const auto link = reinterpret_cast<Link>(dlsym(library, "SMFLibLinkToExportFN"));
+  EXPECT_NE(link("one", KQSUPT_LIB_DIR "/libcounted-library.so", "answer"), nullptr);
+  EXPECT_NE(link("two", KQSUPT_LIB_DIR "/libcounted-library.so", "question"), nullptr);
+  EXPECT_EQ(kqsupt::tests::content_of(scratch.file("loads")), "+");
+  dlclose(library);
+  EXPECT_EQ(kqsupt::tests::content_of(scratch.file("loads")), "+-");
+  EXPECT_EQ(dlopen(KQSUPT_LIB_DIR "/libkqsupt.so.9", RTLD_NOW | RTLD_NOLOAD), nullptr);
+  unsetenv("KQSUPT_LOADS");
 }
 
 // A process that ends with the library loaded stops it on its way out.

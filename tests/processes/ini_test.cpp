@@ -14,6 +14,7 @@
 #include "ipc/named.h"
 #include "kqsupt/config.h"
 #include "kqsupt/ipc.h"
+#include "processes/driven.h"
 #include "support/background.h"
 #include "support/scratch.h"
 
@@ -23,17 +24,12 @@ using kqsupt::tests::Background;
 using kqsupt::tests::built_program;
 using kqsupt::tests::Command;
 using kqsupt::tests::content_of;
+using kqsupt::tests::is_emulated;
+using kqsupt::tests::kNotReached;
 using kqsupt::tests::Outcome;
 using kqsupt::tests::put;
 using kqsupt::tests::registry;
-using kqsupt::tests::run_native;
 using kqsupt::tests::Scratch;
-using kqsupt::tests::with_runner;
-
-bool is_emulated() {
-  const char* runner = std::getenv("KQSUPT_RUNNER");
-  return runner != nullptr && std::strstr(runner, "qemu") != nullptr;
-}
 
 Background worker(const std::vector<std::string>& arguments) {
   Command command{built_program("ini-worker")};
@@ -77,25 +73,9 @@ TEST(IniProcesses, WriteDifferentKeysOfOneFileWhileOthersRead) {
 
 // ---- Killed, or told of a failure, at every system call ----
 
-// Runs a worker under the driver. The driver is of the machine's own build, whatever the worker is.
 Outcome driven(const std::string& action, long place, const std::vector<std::string>& arguments) {
-#ifdef KQSUPT_SANITIZED
-  setenv("ASAN_OPTIONS", "detect_leaks=0", 1);  // which asks for the driver's place
-#endif
-  const std::string beside = built_program("system-call-driver");
-  Command command{access(beside.c_str(), X_OK) == 0
-                      ? beside
-                      : std::string(KQSUPT_DEFAULT_NATIVE_BIN) + "/system-call-driver",
-                  action, std::to_string(place)};
-  Command program{built_program("ini-worker")};
-  program.insert(program.end(), arguments.begin(), arguments.end());
-  for (const std::string& word : with_runner(program)) {
-    command.push_back(word);
-  }
-  return run_native(command);
+  return kqsupt::tests::driven(action, place, "ini-worker", arguments);
 }
-
-constexpr int kNotReached = 99;
 
 constexpr char kOld[] = "; head\n[S]\nK=old\nL=1\n\n; tail\n[U]\nM=2\n";
 
