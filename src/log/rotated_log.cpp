@@ -55,8 +55,8 @@ class GenerationName {
 // which there are a few.
 uint32_t highest_generation(const char* path, uint32_t count) {
   const std::string_view whole(path);
-  const size_t slash = whole.rfind('/');
-  const std::string_view name = slash == std::string_view::npos ? whole : whole.substr(slash + 1);
+  std::string_view name = whole;
+  name.remove_prefix(whole.rfind('/') + 1);  // none of it without a directory
   const config::DirectoryName directory_name(whole);
   DIR* const directory = directory_name.ok() ? opendir(directory_name.c_str()) : nullptr;
   if (directory == nullptr) {
