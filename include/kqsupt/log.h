@@ -100,11 +100,12 @@ KQSUPT_API char* SMXGEscapeXMLUTF8Str(const char* text, uint32_t* size, uint32_t
  * largest size the log takes the backup's place, and a new one begins with an event that says so.
  *
  * Any number of threads and processes may append at the same time: each event is whole. One that
- * cannot be written is not there at all, and the events before it are as they were.
+ * cannot be written is not there at all, and the events before it are as they were. What a process
+ * that was killed left of an event is taken away by the next one.
  *
- * Texts are UTF-8. Paths are of any log; the files beside them are theirs alone. A directory that is
- * missing is made with the mode 0755, a file with 0664; one that is there keeps its bits for reading
- * and writing. */
+ * Texts are UTF-8. Paths are of any log; the files beside them are theirs alone. A directory that
+ * is missing is made with the mode 0755, a file with 0664; one that is there keeps its bits for
+ * reading and writing. */
 
 /* Where events go, combined. */
 enum {
@@ -131,8 +132,9 @@ enum {
  *
  * The status is that of the XML log when it is meant: see SMAppendToXMLLog. The others do not say
  * whether the event was written: the text log takes no event with another type, with a text of
- * another length or one that is not UTF-8, or with too much data. SM_STATUS_UNSUCCESSFUL: `logFlags`
- * is 0. When the directory of logs is not known the status is that of SMGetPathByProductIDandType.*/
+ * another length or one that is not UTF-8, or with too much data. SM_STATUS_UNSUCCESSFUL:
+ * `logFlags` is 0. When the directory of logs is not known the status is that of
+ * SMGetPathByProductIDandType.*/
 KQSUPT_API SMStatus SMAppendToLog(uint32_t logFlags, uint16_t type, uint16_t category,
                                   uint32_t eventID, const char* source, const char* description,
                                   const void* data, uint32_t dataLength);
@@ -145,20 +147,21 @@ KQSUPT_API SMStatus SMAppendToLog(uint32_t logFlags, uint16_t type, uint16_t cat
  * escaped: the others must hold no markup characters. `data`: `dataLength` bytes, at most 32,768.
  *
  * SM_STATUS_UNSUCCESSFUL: no path, a text of another length, or data that is missing or too long.
- * SM_STATUS_OPERATION_FAILED: the file is longer than 37 bytes and has no "</EventLog>" behind them;
- * nothing is written. SM_STATUS_OUT_OF_SPACE: the file takes no more. 0xFFFFFFFF: the category is
- * unknown, memory is short, or the directory or the file cannot be made or opened. Statuses of the
- * lock of the file are passed on: SM_STATUS_NO_MEMORY, SM_STATUS_ACCESS_DENIED, 0xFFFFFFFF. */
+ * SM_STATUS_OPERATION_FAILED: the file is longer than 37 bytes and has no "</EventLog>" behind
+ * them, nor an element that a killed process did not finish; nothing is written.
+ * SM_STATUS_OUT_OF_SPACE: the file takes no more. 0xFFFFFFFF: the category is unknown, memory is
+ * short, or the directory or the file cannot be made or opened. Statuses of the lock of the file
+ * are passed on: SM_STATUS_NO_MEMORY, SM_STATUS_ACCESS_DENIED, 0xFFFFFFFF. */
 KQSUPT_API SMStatus SMAppendToXMLLog(const char* pathFileName, uint16_t type, uint16_t category,
                                      uint32_t eventID, const char* userInfo, const char* source,
                                      const char* description, const char* link, const void* data,
                                      uint32_t dataLength, uint32_t maxSize);
 
 /* Deletes each log that `logFlags` names and begins a new one with the event "Log was cleared".
- * SM_STATUS_UNSUCCESSFUL: `logFlags` is 0, or `source` is one that the log does not take: nothing is
- * deleted. 1: the system's own log is meant, which cannot be cleared here. 0xFFFFFFFF: there is no
- * such log, or it cannot be deleted. Further statuses are those of the append. When both logs are
- * meant the first failure is told. */
+ * SM_STATUS_UNSUCCESSFUL: `logFlags` is 0, or `source` is one that the log does not take: nothing
+ * is deleted. 1: the system's own log is meant, which cannot be cleared here. 0xFFFFFFFF: there is
+ * no such log, or it cannot be deleted. Further statuses are those of the append. When both logs
+ * are meant the first failure is told. */
 KQSUPT_API SMStatus SMClearLog(uint32_t logFlags, uint16_t category, const char* source);
 
 /* The same for any XML log, with the name of who clears it; `userInfo` and `source` as for
@@ -182,8 +185,8 @@ KQSUPT_API SMStatus SMGetLogPathFileName(uint32_t logFlags, char* buffer, uint32
 KQSUPT_API SMStatus SMGetBackupLogPathFileName(uint32_t logFlags, char* buffer, uint32_t* size);
 
 /* The path of the backup of any log. SM_STATUS_INVALID_PARAMETER: `pathFileName` has less than two
- * characters or is NULL, or `size` is. SM_STATUS_BUFFER_TOO_SMALL: `buffer` is NULL or too small, and
- * `*size` receives the bytes that are needed. */
+ * characters or is NULL, or `size` is. SM_STATUS_BUFFER_TOO_SMALL: `buffer` is NULL or too small,
+ * and `*size` receives the bytes that are needed. */
 KQSUPT_API SMStatus SMGetBackupXMLLogPathFileName(const char* pathFileName, char* buffer,
                                                   uint32_t* size);
 
@@ -192,15 +195,16 @@ KQSUPT_API SMStatus SMGetBackupXMLLogPathFileName(const char* pathFileName, char
  * NULL, empty or longer than 255 bytes. SM_STATUS_NO_MEMORY: nothing was set. */
 KQSUPT_API SMStatus SMSetLogMaxSize(const char* pathFileName, uint32_t maxSize);
 
-/* The size that was set, or else the smallest one. SM_STATUS_INVALID_PARAMETER: `maxSize` is NULL, or
- * the path is NULL, empty or longer than 255 bytes. SM_STATUS_NO_MEMORY. */
+/* The size that was set, or else the smallest one. SM_STATUS_INVALID_PARAMETER: `maxSize` is NULL,
+ * or the path is NULL, empty or longer than 255 bytes. SM_STATUS_NO_MEMORY. */
 KQSUPT_API SMStatus SMGetLogMaxSize(const char* pathFileName, uint32_t* maxSize);
 
 /* ---- Rotated logs ------------------------------------------------------------------------------
  *
- * Plain logs with older generations beside them: the path with ".1" behind it is the newest, the one
- * with the number of generations the oldest. Nothing is locked: messages of several processes come
- * in any order, each of them whole. Who comes while another process rotates does not rotate again. */
+ * Plain logs with older generations beside them: the path with ".1" behind it is the newest, the
+ * one with the number of generations the oldest. Nothing is locked: messages of several processes
+ * come in any order, each of them whole. Who comes while another process rotates does not rotate
+ * again. */
 
 /* What stands around a message. */
 enum {
@@ -222,8 +226,8 @@ KQSUPT_API SMStatus SMFileLogMsgToRotatedLog(const char* message, const char* pa
  * what cannot be renamed. */
 KQSUPT_API void SMFileRotateCheck(const char* pathFileName, uint32_t maxSize, uint32_t count);
 
-/* Deletes the log and, when `deleteGenerations` is 1, its generations 1 to `count`. NULL is ignored,
- * and so is what is not there. */
+/* Deletes the log and, when `deleteGenerations` is 1, its generations 1 to `count`. NULL is
+ * ignored, and so is what is not there. */
 KQSUPT_API void SMFileDeleteRotated(const char* pathFileName, uint32_t deleteGenerations,
                                     uint32_t count);
 

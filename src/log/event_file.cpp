@@ -6,12 +6,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 #include "config/directories.h"
 #include "config/file_commit.h"
-#include "frame/heap.h"
 #include "frame/status.h"
 
 namespace kqsupt::log {
@@ -47,8 +47,9 @@ bool back_up_when_full(const char* path, uint64_t growth, uint32_t max_size) {
   }
   make_backup_name(backup.get());
   const PathLockGuard lock(path, PathLockMode::kExclusive, true);
-  // Somebody else may have come first: a second backup would take the place of all that is in theirs.
-  // The name goes over to the new backup in one step, so that there is no moment without one.
+  // Somebody else may have come first: a second backup would take the place of all that is in
+  // theirs. The name goes over to the new backup in one step, so that there is no moment without
+  // one.
   return lock.status() == SM_STATUS_SUCCESS && would_be_full(path, growth, max_size) &&
          rename(path, backup.get()) == 0;
 }
@@ -78,6 +79,10 @@ LockedLog::LockedLog(const char* path, int access)
 
 bool LockedLog::open(int flags) {
   file_ = FileDescriptor::open(path_, flags);
+  if (!file_.is_open() && errno == EACCES && (flags & O_APPEND) != 0) {
+    // What can only be written can still be appended to.
+    file_ = FileDescriptor::open(path_, (flags & ~O_ACCMODE) | O_WRONLY);
+  }
   if (!file_.is_open() && errno == ENOENT) {
     is_new_ = true;
     file_ = FileDescriptor::open(path_, flags | O_CREAT, kNewMode);
@@ -89,6 +94,14 @@ bool LockedLog::open(int flags) {
     }
   }
   return file_.is_open();
+}
+
+bool LockedLog::cut_to(off_t size) {
+  if (ftruncate(file_.get(), size) != 0) {
+    return false;
+  }
+  size_ = size;
+  return true;
 }
 
 SMStatus LockedLog::write(off_t offset, std::string_view bytes, std::string_view replaced) {
@@ -106,7 +119,18 @@ void LockedLog::take_back(off_t offset, std::string_view replaced) {
     return;
   }
   (void)file_.write_all_at(replaced, offset);
-  (void)!ftruncate(file_.get(), size_);
+  (void)cut_to(size_);
+}
+
+Tail::Tail(const LockedLog& log) {
+  constexpr off_t kMost = 512 * 1024;
+  offset_ = std::max<off_t>(log.size() - kMost, 0);
+  const auto wanted = static_cast<size_t>(log.size() - offset_);
+  bytes_ = frame::heap_array<char>(wanted);
+  if (bytes_ != nullptr &&
+      log.file().read_all_at(bytes_.get(), wanted, offset_) == static_cast<ssize_t>(wanted)) {
+    size_ = wanted;
+  }
 }
 
 }  // namespace kqsupt::log

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "frame/heap.h"
 #include "ipc/path_lock.h"
 #include "kqsupt/frame.h"
 #include "os/file_descriptor.h"
@@ -35,6 +36,9 @@ class LockedLog {
   [[nodiscard]] off_t size() const { return size_; }
   [[nodiscard]] const os::FileDescriptor& file() const { return file_; }
 
+  // Cuts off what a process that was killed left of an event. False when that cannot be done.
+  [[nodiscard]] bool cut_to(off_t size);
+
   // Writes bytes at an offset within the file and closes it. `replaced` is what lay there, at the
   // end of the file. SM_STATUS_OUT_OF_SPACE, and the file is as it was.
   [[nodiscard]] SMStatus write(off_t offset, std::string_view bytes, std::string_view replaced);
@@ -49,6 +53,22 @@ class LockedLog {
   os::FileDescriptor file_;
   off_t size_ = 0;
   bool is_new_ = false;
+};
+
+// The last bytes of a log: more of them than an event has.
+class Tail {
+ public:
+  explicit Tail(const LockedLog& log);
+
+  // Empty when memory is short or the file cannot be read.
+  [[nodiscard]] std::string_view bytes() const { return {bytes_.get(), size_}; }
+  // Where in the file they begin.
+  [[nodiscard]] off_t offset() const { return offset_; }
+
+ private:
+  frame::HeapPtr<char[]> bytes_;
+  size_t size_ = 0;
+  off_t offset_ = 0;
 };
 
 }  // namespace kqsupt::log

@@ -4,11 +4,13 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <optional>
 #include <string_view>
 
 #include "kqbounded.h"
@@ -159,11 +161,81 @@ class Record {
   SMSSUCS2Str string_{};
 };
 
+// ---- The file ----
+
+// Texts as the bytes that they have in a record.
+template <size_t kSize>
+struct Units {
+  ustring units[kSize - 1];
+  explicit constexpr Units(const char (&text)[kSize]) : units{} {
+    std::copy_n(text, kSize - 1, units);
+  }
+  [[nodiscard]] std::string_view bytes() const {
+    return {reinterpret_cast<const char*>(units), sizeof units};
+  }
+};
+constexpr Units kRecordEnd("\r\n\r\n");
+
+bool ends_with_record(const LockedLog& log) {
+  char end[sizeof kRecordEnd];
+  return log.file().read_all_at(end, sizeof end, log.size() - static_cast<off_t>(sizeof end)) ==
+             static_cast<ssize_t>(sizeof end) &&
+         std::string_view(end, sizeof end) == kRecordEnd.bytes();
+}
+
+// Whether these bytes, of which there may be few, are a record that lacks its end.
+bool is_unfinished(std::string_view bytes) {
+  constexpr Units kBegin("EventID: ");
+  constexpr Units kHeading("\r\nData: Bytes in Hex\r\n");
+  const std::string_view begin = kBegin.bytes();
+  if (bytes.empty() || !(bytes.starts_with(begin) || begin.starts_with(bytes))) {
+    return false;
+  }
+  // Behind the heading the first empty line ends a record.
+  const size_t heading = bytes.find(kHeading.bytes());
+  return heading == std::string_view::npos ||
+         bytes.find(kRecordEnd.bytes(), heading + sizeof kHeading - sizeof kRecordEnd / 2) ==
+             std::string_view::npos;
+}
+
+// The place behind the last empty line after which a record begins that
+// lacks its end; none when there is no such place.
+std::optional<off_t> place_of_unfinished(const Tail& tail) {
+  const auto rest_from = [&](size_t place) {
+    std::string_view rest = tail.bytes();
+    rest.remove_prefix(std::min(place, rest.size()));
+    return rest;
+  };
+  const std::string_view end = kRecordEnd.bytes();
+  for (size_t place = tail.bytes().rfind(end); place != std::string_view::npos;
+       place = place != 0 ? tail.bytes().rfind(end, place - 1) : std::string_view::npos) {
+    if (is_unfinished(rest_from(place + end.size()))) {
+      return tail.offset() + static_cast<off_t>(place + end.size());
+    }
+  }
+  // The first record comes behind the header, whose line ends are not of every host.
+  return tail.offset() == 0 && is_unfinished(rest_from(kHeaderSize))
+             ? std::optional<off_t>(kHeaderSize)
+             : std::nullopt;
+}
+
+// Takes away the record that a killed process did not finish. A file that ends in anything else is
+// left as it is. What is taken never was acknowledged: a record that was ends as one.
+void take_away_unfinished(LockedLog& log) {
+  if (log.size() <= static_cast<off_t>(kHeaderSize) || ends_with_record(log)) {
+    return;
+  }
+  if (const auto place = place_of_unfinished(Tail(log))) {
+    (void)log.cut_to(*place);
+  }
+}
+
 SMStatus write_record(const char* path, const Record& record) {
-  LockedLog log(path, O_WRONLY | O_APPEND);
+  LockedLog log(path, O_RDWR | O_APPEND);
   if (log.status() != SM_STATUS_SUCCESS) {
     return log.status();
   }
+  take_away_unfinished(log);
   const bool has_header = log.size() >= static_cast<off_t>(kHeaderSize);
   return log.write(log.size(), has_header ? record.without_header() : record.with_header(), {});
 }

@@ -31,8 +31,8 @@ constexpr uint32_t kPointerToUtf8 = 48;
 constexpr uint32_t kPointerToUcs2 = 49;
 constexpr uint32_t kPointerToUtf8Too = 50;
 
-// Makes the string longer by `size` bytes, which the caller fills from the pointer that is returned.
-// Null, with the string as it was, when memory is short.
+// Makes the string longer by `size` bytes, which the caller fills from the pointer that is
+// returned. Null, with the string as it was, when memory is short.
 [[nodiscard]] char* room_for(SMSSUTF8Str& string, uint64_t size) {
   if (string.content == nullptr || size > UINT32_MAX ||
       !text::make_room(string, static_cast<uint32_t>(size))) {

@@ -124,6 +124,43 @@ std::optional<off_t> find_end(const os::FileDescriptor& file, off_t size) {
   return std::nullopt;
 }
 
+// Whether these bytes are what a killed process left of an element and the end behind it, in place
+// of the end before it.
+bool is_unfinished(std::string_view rest) {
+  constexpr std::string_view kElementBegin = "<LogEntry><TimeStamp>";
+  if (rest.starts_with(kElementBegin)) {
+    return true;
+  }
+  for (size_t written = 1; written < kElementBegin.size(); ++written) {
+    char bytes[kElementBegin.size()];
+    std::copy_n(kEnd.data(), kEnd.size(), bytes);
+    std::copy_n(kElementBegin.data(), written, bytes);
+    if (rest == std::string_view(bytes, std::max(written, kEnd.size()))) {
+      return true;
+    }
+  }
+  return !rest.empty() && rest != kEnd &&
+         (kEnd.starts_with(rest) || kElementBegin.starts_with(rest));
+}
+
+// Takes away the element that a killed process did not finish, and the log has a place to go on.
+// One that ends in anything else is left as it is.
+std::optional<off_t> take_away_unfinished(LockedLog& log) {
+  constexpr std::string_view kElementEnd = "</LogEntry>";
+  const Tail tail(log);
+  std::string_view rest = tail.bytes();
+  const size_t end = rest.rfind(kElementEnd);
+  if (end != std::string_view::npos) {
+    rest.remove_prefix(end + kElementEnd.size());
+  } else if (rest.starts_with(kBegin)) {
+    rest.remove_prefix(kBegin.size());
+  } else {
+    return std::nullopt;
+  }
+  const off_t place = log.size() - static_cast<off_t>(rest.size());
+  return is_unfinished(rest) && log.cut_to(place) ? std::optional(place) : std::nullopt;
+}
+
 // `document` is a whole one with one element, of which a log that has a beginning takes the rest.
 SMStatus insert_element(const char* path, std::string_view document) {
   LockedLog log(path, O_RDWR);
@@ -135,9 +172,12 @@ SMStatus insert_element(const char* path, std::string_view document) {
     const ssize_t count = log.file().read_all_at(before, sizeof before, 0);
     return log.write(0, document, {before, static_cast<size_t>(std::max<ssize_t>(count, 0))});
   }
-  const std::optional<off_t> end = find_end(log.file(), log.size());
   document.remove_prefix(kBegin.size());
-  return end.has_value() ? log.write(*end, document, kEnd) : SMStatus{SM_STATUS_OPERATION_FAILED};
+  if (const auto end = find_end(log.file(), log.size())) {
+    return log.write(*end, document, kEnd);
+  }
+  const auto end = take_away_unfinished(log);
+  return end.has_value() ? log.write(*end, document, {}) : SMStatus{SM_STATUS_OPERATION_FAILED};
 }
 
 }  // namespace

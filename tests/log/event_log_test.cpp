@@ -560,6 +560,73 @@ TEST_F(XmlLog, IsNoDirectoryNoPipeAndInNoFile) {
   EXPECT_EQ(scratch_.names(), std::vector<std::string>{"file"});
 }
 
+// ---- What killed processes left ----
+
+TEST_F(EventLog, TakesTheRestOfAnUnfinishedRecordAway) {
+  EXPECT_EQ(append(SM_LOG_TEXT, "first", "a\r\n\r\nb"), 0U);
+  const size_t one = content_of(text_).size();
+  EXPECT_EQ(append(SM_LOG_TEXT, "second", "c\r\n\r\nd", 4, 1, "data"), 0U);
+  const std::string both = content_of(text_);
+  remove_all();
+  EXPECT_EQ(append(SM_LOG_TEXT, "third"), 0U);
+  const std::string third = content_of(text_).substr(256);
+  for (size_t size = 256; size < both.size(); ++size) {
+    put(text_, both.substr(0, size));
+    EXPECT_EQ(append(SM_LOG_TEXT, "third"), 0U);
+    const std::string kept = both.substr(0, size < one ? 256 : one);
+    const std::string after = content_of(text_);
+    // One that ends in the midst of a text where a record could end is taken for whole.
+    const std::string last = both.substr(size - 8, 8);
+    if (narrow(last) == "\r\n\r\n" && size != 256 && size != one) {
+      EXPECT_EQ(after.size(), size + third.size());
+      continue;
+    }
+    ASSERT_EQ(after.size(), kept.size() + third.size()) << size;
+    ASSERT_EQ(after.substr(0, kept.size()), kept) << size;
+  }
+}
+
+TEST_F(EventLog, TakesNothingElseAway) {
+  EXPECT_EQ(append(SM_LOG_TEXT), 0U);
+  const std::string one = content_of(text_);
+  for (const std::string& foreign : {std::string("x"), std::string("foreign\r\n"),
+                                     std::string(9, '\0'), std::string(600000, 'E')}) {
+    put(text_, one + foreign);
+    EXPECT_EQ(append(SM_LOG_TEXT), 0U);
+    EXPECT_EQ(content_of(text_).substr(0, one.size() + foreign.size()), one + foreign);
+  }
+}
+
+TEST_F(XmlLog, TakesTheRestOfAnUnfinishedElementAway) {
+  EXPECT_EQ(add("user", "first"), 0U);
+  const std::string one = content_of(path_);
+  EXPECT_EQ(add("user", "second", "text", nullptr, "data"), 0U);
+  const std::string two = content_of(path_);
+  const std::string begin = one.substr(0, 48);
+  for (const std::string& before : {begin + "</EventLog>", one}) {
+    const std::string after = before == one ? two : one;
+    const size_t place = before.size() - 11;
+    for (size_t written = 1; written < after.size() - place; ++written) {
+      std::string torn = after.substr(0, place + written);
+      if (torn.size() < before.size()) {
+        torn += before.substr(torn.size());
+      }
+      // What ends with an element lost its end alone, which nobody mends.
+      const bool is_lost = torn.ends_with("</LogEntry>");
+      put(path_, torn);
+      EXPECT_EQ(add("user", "third"), is_lost ? SMStatus{SM_STATUS_OPERATION_FAILED} : 0U) << torn;
+      if (is_lost) {
+        EXPECT_EQ(content_of(path_), torn);
+        continue;
+      }
+      const size_t whole =
+          place + written > after.size() - 11 ? elements().size() - 1 : before == one;
+      ASSERT_EQ(elements().size(), whole + 1) << torn;
+      EXPECT_EQ(child(elements().back(), "Source"), "third");
+    }
+  }
+}
+
 // ---- Clearing ----
 
 TEST_F(EventLog, IsClearedWithAnEvent) {
