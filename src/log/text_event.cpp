@@ -174,49 +174,70 @@ struct Units {
     return {reinterpret_cast<const char*>(units), sizeof units};
   }
 };
-constexpr Units kRecordEnd("\r\n\r\n");
+constexpr Units kLineEnd("\r\n");
+constexpr Units kRecordBegin("EventID: ");
+constexpr Units kHeading("\r\nData: Bytes in Hex\r\n");
+constexpr Units kDumpBegin("\r\n0x");
+constexpr size_t kDumpLineSize = 81 * sizeof(ustring);
+// What tells the end of a record: the last line of its dump, or the heading, and the empty line.
+constexpr size_t kEndSize = 2 * sizeof kLineEnd + kDumpLineSize;
+
+// Whether the last thing in these bytes is a whole record.
+bool ends_record(std::string_view bytes) {
+  if (!bytes.ends_with(kLineEnd.bytes())) {
+    return false;
+  }
+  bytes.remove_suffix(sizeof kLineEnd);
+  if (bytes.ends_with(kHeading.bytes())) {
+    return true;
+  }
+  if (!bytes.ends_with(kLineEnd.bytes()) || bytes.size() < sizeof kLineEnd + kDumpLineSize) {
+    return false;
+  }
+  bytes.remove_prefix(bytes.size() - sizeof kLineEnd - kDumpLineSize);
+  return bytes.starts_with(kDumpBegin.bytes());
+}
 
 bool ends_with_record(const LockedLog& log) {
-  char end[sizeof kRecordEnd];
-  return log.file().read_all_at(end, sizeof end, log.size() - static_cast<off_t>(sizeof end)) ==
-             static_cast<ssize_t>(sizeof end) &&
-         std::string_view(end, sizeof end) == kRecordEnd.bytes();
+  char end[kEndSize];
+  const off_t size = std::min<off_t>(sizeof end, log.size());
+  return log.file().read_all_at(end, static_cast<size_t>(size), log.size() - size) == size &&
+         ends_record({end, static_cast<size_t>(size)});
 }
 
 // Whether these bytes, of which there may be few, are a record that lacks its end.
 bool is_unfinished(std::string_view bytes) {
-  constexpr Units kBegin("EventID: ");
-  constexpr Units kHeading("\r\nData: Bytes in Hex\r\n");
-  const std::string_view begin = kBegin.bytes();
+  const std::string_view begin = kRecordBegin.bytes();
   if (bytes.empty() || !(bytes.starts_with(begin) || begin.starts_with(bytes))) {
     return false;
   }
-  // Behind the heading the first empty line ends a record.
-  const size_t heading = bytes.find(kHeading.bytes());
-  return heading == std::string_view::npos ||
-         bytes.find(kRecordEnd.bytes(), heading + sizeof kHeading - sizeof kRecordEnd / 2) ==
-             std::string_view::npos;
-}
-
-// The place behind the last empty line after which a record begins that
-// lacks its end; none when there is no such place.
-std::optional<off_t> place_of_unfinished(const Tail& tail) {
-  const auto rest_from = [&](size_t place) {
-    std::string_view rest = tail.bytes();
-    rest.remove_prefix(std::min(place, rest.size()));
-    return rest;
-  };
-  const std::string_view end = kRecordEnd.bytes();
-  for (size_t place = tail.bytes().rfind(end); place != std::string_view::npos;
-       place = place != 0 ? tail.bytes().rfind(end, place - 1) : std::string_view::npos) {
-    if (is_unfinished(rest_from(place + end.size()))) {
-      return tail.offset() + static_cast<off_t>(place + end.size());
+  // No whole one is in them.
+  for (size_t end = bytes.find(kLineEnd.bytes()); end != std::string_view::npos;
+       end = bytes.find(kLineEnd.bytes(), end + 1)) {
+    if (ends_record({bytes.data(), end + sizeof kLineEnd})) {
+      return false;
     }
   }
-  // The first record comes behind the header, whose line ends are not of every host.
-  return tail.offset() == 0 && is_unfinished(rest_from(kHeaderSize))
-             ? std::optional<off_t>(kHeaderSize)
-             : std::nullopt;
+  return true;
+}
+
+// Where a record begins that lacks its end: behind the header, or behind the last whole record. None
+// when something else is there.
+std::optional<off_t> place_of_unfinished(const Tail& tail) {
+  const std::string_view bytes = tail.bytes();
+  const auto is_place = [bytes](size_t place) {
+    return place <= bytes.size() && is_unfinished({bytes.data() + place, bytes.size() - place});
+  };
+  for (size_t end = bytes.rfind(kLineEnd.bytes()); end != std::string_view::npos && end != 0;
+       end = bytes.rfind(kLineEnd.bytes(), end - 1)) {
+    const size_t place = end + sizeof kLineEnd;
+    if (ends_record({bytes.data(), place})) {
+      return is_place(place) ? std::optional(tail.offset() + static_cast<off_t>(place))
+                             : std::nullopt;
+    }
+  }
+  return tail.offset() == 0 && is_place(kHeaderSize) ? std::optional<off_t>(kHeaderSize)
+                                                     : std::nullopt;
 }
 
 // Takes away the record that a killed process did not finish. A file that ends in anything else is
