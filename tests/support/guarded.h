@@ -50,4 +50,35 @@ class Guarded {
   T* data_ = nullptr;
 };
 
+// The same the other way round: memory that begins right behind an inaccessible page.
+template <class T>
+class GuardedBefore {
+ public:
+  // A copy of `count` elements at `from`, of less than a page in all.
+  GuardedBefore(const T* from, size_t count) {
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    mapped_ = 2 * page;
+    void* start =
+        mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (start == MAP_FAILED || count * sizeof(T) > page) {
+      throw std::runtime_error("no guarded memory");
+    }
+    start_ = static_cast<char*>(start);
+    mprotect(start_, page, PROT_NONE);
+    data_ = reinterpret_cast<T*>(start_ + page);
+    std::copy(from, from + count, data_);
+  }
+
+  GuardedBefore(const GuardedBefore&) = delete;
+  GuardedBefore& operator=(const GuardedBefore&) = delete;
+  ~GuardedBefore() { munmap(start_, mapped_); }
+
+  [[nodiscard]] T* data() const { return data_; }
+
+ private:
+  size_t mapped_ = 0;
+  char* start_ = nullptr;
+  T* data_ = nullptr;
+};
+
 }  // namespace kqsupt::tests
