@@ -6,7 +6,7 @@
 namespace kqsupt::ipc {
 
 // Finds the files and removes what dead processes left behind; false without an entry of theirs in
-// the install registry.
+// the install registry, or without the directory that it names.
 [[nodiscard]] bool start_registry();
 void stop_registry();
 
