@@ -4,14 +4,17 @@
  * An object without a name is private to the process. One with a name is shared by every process
  * that uses the same name for the same kind of object; a name is text in UTF-8 of at least one
  * byte. Names are kept in the IPC directory: ".ipc" in the variable-data directory that the install
- * registry gives for the product wexlib, or else for nurb. The directory must exist. What stands
- * behind a name outlives the processes that use it, as each kind of object tells.
+ * registry gives for the product wexlib, or for nurb where it has no entry of wexlib. The directory
+ * must exist. A name has its key there for ever; opening an object that nobody has created may
+ * give it one. What stands behind a name outlives the processes that use it, as each kind of object
+ * tells.
  *
  * A handle belongs to the process that got it. It may be used by all its threads; releasing it
  * while another thread uses it is an error. A call on NULL answers SM_STATUS_INVALID_PARAMETER, on
  * a handle of another kind SM_STATUS_OPERATION_FAILED, before anything else is looked at.
  *
- * A timeout is in milliseconds; -1 waits without limit and 0 tries once.
+ * A timeout is in milliseconds; -1 waits without limit and 0 tries once. Any other negative one
+ * counts as unsigned: about 49 days.
  *
  * A permission says who may use a new object: -1 stands for 0664 and 0 for 0600; any other value is
  * a sum of SM_PERMISSION_ bits. The calls without a permission take -1 with a name and 0 without.
@@ -73,8 +76,9 @@ KQSUPT_API void SMMutexDestroy(SMMutex* mutex);
 
 /* ---- Semaphores --------------------------------------------------------------------------------
  *
- * A count from 0 to 32767. A named one stays, with its count, until a creator destroys it; a
- * process that dies gives nothing back. */
+ * A count, which starts at 32767 at most. With a name it gets no higher; without one releases may
+ * raise it beyond. A named one stays, with its count, until a creator destroys it; a process that
+ * dies gives nothing back. */
 
 typedef struct SMSemaphore SMSemaphore;
 
@@ -87,7 +91,7 @@ KQSUPT_API SMSemaphore* SMSemaphoreCreate_s(const char* name, uint32_t initialCo
                                             int32_t permission);
 
 /* A handle on the semaphore of that name. NULL as above, when `name` is NULL, and when there is
- * none now. The name is registered all the same. */
+ * none now. */
 KQSUPT_API SMSemaphore* SMSemaphoreOpen(const char* name);
 
 /* Waits until the count is above 0 and takes 1. SM_STATUS_TIMEOUT when it stayed 0 for `timeout`;
@@ -132,7 +136,7 @@ KQSUPT_API SMStatus SMEventWait(SMEvent* event, int32_t timeout);
 /* Signals the event. 0xFFFFFFFF when the system refuses. */
 KQSUPT_API SMStatus SMEventSet(SMEvent* event);
 
-/* Ends the signal. 0xFFFFFFFF when the system refuses. */
+/* Ends the signal. Always 0 for an event. */
 KQSUPT_API SMStatus SMEventReset(SMEvent* event);
 
 /* Lets through who waits now, as the event is reset: all, or one. Then it is not signalled. A
@@ -179,7 +183,8 @@ KQSUPT_API void SMSharedMemFree(SMSharedMem* memory);
  *
  * A named lock excludes the threads of one process as one without a name does: who holds it, and who
  * waits, every process counts for itself. What the processes share is the mutex around those counts
- * and the semaphores that waiters sleep on. It is for its own user alone. */
+ * and the semaphores that waiters sleep on: a wake-up may go to another process, so that who waits
+ * looks again after 100 ms at the latest. It is for its own user alone. */
 
 typedef struct SMRWLock SMRWLock;
 
@@ -212,7 +217,9 @@ KQSUPT_API SMStatus SMRWLWriteLockGet(SMRWLock* lock, int32_t timeout);
  * readers do. */
 KQSUPT_API void SMRWLWriteLockRelease(SMRWLock* lock);
 
-/* ---- Critical sections ------------------------------------------------------------------------- */
+/* ---- Critical sections -------------------------------------------------------------------------
+ *
+ * A section that another thread was running when the process forked stays taken in the child. */
 
 /* What a critical section runs. `argument` is passed on as it is; the result is discarded. */
 typedef void* (*SMCriticalSectionRoutine)(void* argument);

@@ -12,7 +12,7 @@ bool Counter::create(const char* name, int32_t semaphores, uint32_t initial, mod
     return true;
   }
   const uint32_t key = key_of_name(name);
-  set_ = key != 0 ? create_set(key, semaphores, initial, mode) : kNoSet;
+  set_ = key != 0 ? create_set(key, semaphores, initial, mode, &is_new_) : kNoSet;
   return set_ != kNoSet;
 }
 

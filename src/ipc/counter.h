@@ -17,6 +17,8 @@ class Counter {
   // False when there is no key for the name or the system refuses.
   [[nodiscard]] bool create(const char* name, int32_t semaphores, uint32_t initial, mode_t mode);
   [[nodiscard]] bool open(const char* name);
+  // Whether create() made the set that there is now.
+  [[nodiscard]] bool is_new() const { return is_new_; }
   // For everybody: whoever else uses the set is refused from then on.
   void remove();
 
@@ -31,6 +33,7 @@ class Counter {
 
  private:
   SemaphoreSet set_ = kNoSet;
+  bool is_new_ = false;
   LocalSemaphore local_;
 };
 

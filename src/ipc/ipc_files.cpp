@@ -31,15 +31,16 @@ frame::HeapPtr<char> joined(std::initializer_list<std::string_view> parts) {
   return frame::HeapPtr<char>(text.release());
 }
 
-// Where the agents keep their data: the first of these products that has such a path.
+// Where the agents keep their data: the first of these products that has such a path. One whose
+// directory is missing has it all the same: nobody looks elsewhere, for those who come when it is
+// there again would not meet the others. Nor does anybody for want of memory.
 constexpr int32_t kWexlib = 45;
 constexpr int32_t kNurb = 44;
 
 frame::HeapPtr<char> variable_data_directory() {
   SMStatus status = SM_STATUS_SUCCESS;
   frame::HeapPtr<char> path = config::copy_path(kWexlib, config::kVariableDataPath, &status);
-  // For want of memory alone nobody looks for the others where they are not.
-  if (path == nullptr && status != SM_STATUS_NO_MEMORY) {
+  if (status == SM_STATUS_DATA_NOT_FOUND) {
     path = config::copy_path(kNurb, config::kVariableDataPath, &status);
   }
   return path;

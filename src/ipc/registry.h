@@ -5,7 +5,8 @@
 
 namespace kqsupt::ipc {
 
-// Finds the files and removes what dead processes left behind; false without a directory for them.
+// Finds the files and removes what dead processes left behind; false without an entry of theirs in
+// the install registry, or without the directory that it names.
 [[nodiscard]] bool start_registry();
 void stop_registry();
 

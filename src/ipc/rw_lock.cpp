@@ -221,7 +221,13 @@ SMRWLock* create_rw_lock(const char* name) {
   lock->reader_gate = lock->guard != nullptr ? create_semaphore(own_name, 0, kOwnerOnly) : nullptr;
   lock->writer_gate =
       lock->reader_gate != nullptr ? create_semaphore(own_name, 0, kOwnerOnly) : nullptr;
-  return lock->writer_gate != nullptr ? lock.release() : nullptr;
+  if (lock->writer_gate == nullptr) {
+    if (lock->reader_gate != nullptr && lock->reader_gate->count.is_new()) {
+      lock->reader_gate->count.remove();  // nobody else would
+    }
+    return nullptr;
+  }
+  return lock.release();
 }
 
 // Whoever waits is woken and finds the lock destroyed. The last one to leave frees it.

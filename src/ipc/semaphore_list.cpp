@@ -30,16 +30,22 @@ bool is_alive(uint64_t process) {
   return access(path, F_OK) == 0;
 }
 
-// An entry that is not one of ours stays.
+void forget_entry(const char* name) {
+  (void)config::write_ini_value(kSection, name, SMINI_TYPE_UTF8, nullptr, 0, registry_path(), true);
+}
+
+// An entry that is not one of ours stays: one that names no set, and one whose maker is no number.
+// What goes is the entry as it is written, which need not be how this library writes that number.
 void sweep(const char* name) {
   uint64_t maker = 0;
   uint32_t size = sizeof maker;
   int32_t set = 0;
   if (config::read_ini_value(kSection, name, SMINI_TYPE_U64, &maker, &size, nullptr, 0,
                              registry_path(), true) == SM_STATUS_SUCCESS &&
-      !is_alive(maker) && text::parse_s32(name, SMXLT_FMT_DECIMAL, &set) == SM_STATUS_SUCCESS &&
-      set != 0 && semctl(set, 0, IPC_RMID) == 0) {
-    unlist_set(set);
+      maker != 0 && !is_alive(maker) &&
+      text::parse_s32(name, SMXLT_FMT_DECIMAL, &set) == SM_STATUS_SUCCESS && set != 0 &&
+      semctl(set, 0, IPC_RMID) == 0) {
+    forget_entry(name);
   }
 }
 
@@ -52,8 +58,7 @@ void list_set(int32_t set) {
 }
 
 void unlist_set(int32_t set) {
-  (void)config::write_ini_value(kSection, SetName(set).text, SMINI_TYPE_UTF8, nullptr, 0,
-                                registry_path(), true);
+  forget_entry(SetName(set).text);
 }
 
 // A list that is longer than the room for it is swept as far as it was read; what is left goes at

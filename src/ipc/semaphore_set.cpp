@@ -115,9 +115,12 @@ SMStatus take_within(SemaphoreSet set, sembuf* take, uint32_t timeout) {
 
 }  // namespace
 
-SemaphoreSet create_set(uint32_t key, int32_t count, uint32_t initial, mode_t mode) {
+SemaphoreSet create_set(uint32_t key, int32_t count, uint32_t initial, mode_t mode, bool* is_new) {
   const auto flags = static_cast<int>(mode) | IPC_CREAT | IPC_EXCL;
   const int set = semget(static_cast<key_t>(key), count, flags);
+  if (is_new != nullptr) {
+    *is_new = set >= 0;
+  }
   if (set < 0) {
     const int error = errno;
     report_shortage(error);
@@ -126,7 +129,7 @@ SemaphoreSet create_set(uint32_t key, int32_t count, uint32_t initial, mode_t mo
   if (set == kNoSet) {
     control(set, IPC_RMID);
     const Placeholder placeholder;
-    return create_set(key, count, initial, mode);
+    return create_set(key, count, initial, mode, is_new);
   }
   control(set, SETVAL, {.value = static_cast<int>(initial)});
   if (key == static_cast<uint32_t>(IPC_PRIVATE)) {

@@ -16,8 +16,10 @@ inline constexpr SemaphoreSet kNoSet = 0;
 
 enum class Undo : bool { kNo, kWhenProcessEnds };
 
-// Opens a set that exists with this key as it is.
-[[nodiscard]] SemaphoreSet create_set(uint32_t key, int32_t count, uint32_t initial, mode_t mode);
+// Opens a set that exists with this key as it is. `*is_new`, when given, receives whether it was
+// made here.
+[[nodiscard]] SemaphoreSet create_set(uint32_t key, int32_t count, uint32_t initial, mode_t mode,
+                                      bool* is_new = nullptr);
 [[nodiscard]] SemaphoreSet open_set(uint32_t key);
 
 // Takes 1. -1 waits without limit, 0 tries once. SM_STATUS_TIMEOUT, or 0xFFFFFFFF when the system

@@ -3,6 +3,7 @@
 #include <sys/sem.h>
 
 #include <atomic>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -133,6 +134,57 @@ TEST(Event, PulsesLetWaitersThrough) {
       SMEventDestroy(event);
     }
   }
+}
+
+std::optional<semid_ds> about_event(const std::string& name) {
+  return about_set(semget(static_cast<key_t>(registered_key(decorated("kqsupevt", name))), 0, 0));
+}
+
+TEST(Event, OfANameHasThePermissionOfItsCreator) {
+  const auto mode = [](const char* name) {
+    const auto about = about_event(name);
+    return about.has_value() ? about->sem_perm.mode & 0777U : 01000U;
+  };
+  SMEvent* shared = SMEventCreate("shared", 0, 0);
+  SMEvent* mine = SMEventCreate_s("mine", 1, 0, 0);
+  SMEvent* chosen = SMEventCreate_s(
+      "chosen", 1, 0,
+      SM_PERMISSION_OWNER_READ | SM_PERMISSION_OWNER_WRITE | SM_PERMISSION_GROUP_READ);
+  EXPECT_EQ(mode("shared"), 0664U);
+  EXPECT_EQ(mode("mine"), 0600U);
+  EXPECT_EQ(mode("chosen"), 0640U);
+  SMEventDestroy(shared);
+  SMEventDestroy(mine);
+  SMEventDestroy(chosen);
+}
+
+TEST(Event, ASecondCreatorGetsItAsItIs) {
+  SMEvent* first = SMEventCreate("twice", 1, 1);
+  SMEvent* second = SMEventCreate_s("twice", 1, 0, 0);
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(SMEventWait(second, 0), 0U);
+  const auto about = about_event("twice");
+  ASSERT_TRUE(about.has_value());
+  EXPECT_EQ(about->sem_perm.mode & 0777U, 0664U);
+  // Either creator takes it away from both.
+  SMEventDestroy(second);
+  EXPECT_EQ(SMEventWait(first, 0), kFailed);
+  EXPECT_EQ(SMEventReset(first), 0U);
+  SMEventDestroy(first);
+}
+
+// What it says of the reset counts for its own handle alone.
+TEST(Event, ASecondCreatorDoesNotChangeHowItIsReset) {
+  SMEvent* first = SMEventCreate("twice", 1, 1);
+  SMEvent* second = SMEventCreate("twice", 0, 0);
+  const auto about = about_event("twice");
+  ASSERT_TRUE(about.has_value());
+  EXPECT_EQ(about->sem_nsems, 2U);
+  EXPECT_EQ(SMEventWait(first, 0), 0U);
+  EXPECT_EQ(SMEventWait(second, 0), 0U);
+  EXPECT_EQ(SMEventWait(first, 0), SM_STATUS_TIMEOUT);
+  SMEventDestroy(second);
+  SMEventDestroy(first);
 }
 
 TEST(Event, ADestroyedOneRefusesWhoWaits) {

@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <thread>
 
@@ -14,25 +13,16 @@
 #include "ipc/named.h"
 #include "kqsupt/config.h"
 #include "kqsupt/ipc.h"
+#include "support/child.h"
+#include "support/emulated.h"
 #include "support/program.h"
 #include "support/scratch.h"
 
 namespace {
 
+using kqsupt::tests::in_child;
 using kqsupt::tests::put;
 using kqsupt::tests::Scratch;
-
-template <class Body>
-int in_child(Body body) {
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(60);
-    _exit(body());
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 TEST(Fork, AChildDoesNotHoldItsParentsMutex) {
   SMMutex* mutex = SMMutexCreate("forked");
@@ -80,8 +70,7 @@ bool survives_forks() {
 #ifdef __SANITIZE_ADDRESS__
   return false;
 #endif
-  const char* runner = std::getenv("KQSUPT_RUNNER");
-  return runner == nullptr || std::strstr(runner, "qemu") == nullptr;
+  return !kqsupt::tests::is_emulated();
 }
 
 TEST(Fork, AChildUsesFilesThatItsParentsThreadsAreWriting) {

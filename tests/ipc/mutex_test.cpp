@@ -1,7 +1,6 @@
 // Mutexes, private and named.
 
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -12,26 +11,17 @@
 #include "gtest/gtest.h"
 #include "ipc/named.h"
 #include "kqsupt/ipc.h"
+#include "support/child.h"
 
 namespace {
 
+using kqsupt::tests::give_up_privileges;
+using kqsupt::tests::in_child;
 using kqsupt::tests::ipc_directory;
 using kqsupt::tests::lock_file_of_mutex;
 using kqsupt::tests::mode_of;
 
 constexpr SMStatus kFailed = 0xFFFFFFFF;
-
-// Runs `body` in a child process, whose exit status is what it returns.
-template <class Body>
-int in_child(Body body) {
-  const pid_t child = fork();
-  if (child == 0) {
-    _exit(body());
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 // Whether another process can take the mutex of that name now.
 bool free_for_others(const char* name) {
@@ -93,6 +83,31 @@ TEST(Mutex, OfADeadProcessIsFree) {
   EXPECT_EQ(in_child([] { return static_cast<int>(SMMutexLock(SMMutexOpen("dead"), -1)); }), 0);
   EXPECT_EQ(SMMutexLock(mutex, 0), 0U);
   SMMutexDestroy(mutex);
+}
+
+// Its readers exclude who may write it and no other reader.
+TEST(Mutex, OfALockFileThatMayOnlyBeReadIsHeldByManyReadersAndNoWriter) {
+  SMMutex* writer = SMMutexCreate("readers");
+  ASSERT_NE(writer, nullptr);
+  ASSERT_EQ(chmod(lock_file_of_mutex("readers").c_str(), 0444), 0);
+  const auto writer_gets = [writer](SMStatus status) {
+    return in_child([&] { return SMMutexLock(writer, 0) == status ? 0 : 1; }) == 0;
+  };
+  const auto reader_gets = [](SMStatus status) {
+    return SMMutexLock(SMMutexOpen("readers"), 0) == status;
+  };
+  EXPECT_EQ(in_child([&] {
+              const bool is_reader = give_up_privileges() && reader_gets(SM_STATUS_SUCCESS);
+              const bool with_others =
+                  in_child([&] { return reader_gets(SM_STATUS_SUCCESS) ? 0 : 1; }) == 0;
+              return is_reader && with_others && writer_gets(SM_STATUS_TIMEOUT) ? 0 : 1;
+            }),
+            0);
+  EXPECT_TRUE(writer_gets(SM_STATUS_SUCCESS));
+  EXPECT_EQ(SMMutexLock(writer, 0), 0U);
+  EXPECT_EQ(
+      in_child([&] { return give_up_privileges() && reader_gets(SM_STATUS_TIMEOUT) ? 0 : 1; }), 0);
+  SMMutexDestroy(writer);
 }
 
 TEST(Mutex, IsTheLockFileOfItsName) {

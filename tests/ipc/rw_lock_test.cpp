@@ -4,6 +4,7 @@
 
 #include <sched.h>
 #include <sys/resource.h>
+#include <sys/sem.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "gtest/gtest.h"
+#include "ipc/named.h"
 #include "kqsupt/ipc.h"
 #include "support/program.h"
 
@@ -415,6 +417,19 @@ TEST(RwLockName, IsTheOneThatItsPartsAreNamedAfter) {
     EXPECT_EQ(value, one == lock->reader_gate ? 1U : 2U);
   }
   SMSemaphoreDestroy(gate);
+}
+
+TEST(RwLockName, IsForItsOwnUserAlone) {
+  const LockPtr lock(SMRWLCreate("mine"), SMRWLDestroy);
+  ASSERT_NE(lock, nullptr);
+  const std::string own = lock->header.name;
+  EXPECT_EQ(kqsupt::tests::mode_of(kqsupt::tests::lock_file_of_mutex(own)), 0600U);
+  const uint32_t key = kqsupt::tests::registered_key(kqsupt::tests::decorated("kqsupsmp", own));
+  ASSERT_NE(key, 0U);
+  const auto about = kqsupt::tests::about_set(semget(static_cast<key_t>(key), 0, 0));
+  ASSERT_TRUE(about.has_value());
+  EXPECT_EQ(about->sem_perm.mode & 0777U, 0600U);
+  EXPECT_EQ(about->sem_nsems, 1U);
 }
 
 // A wake-up that goes to somebody else: nothing is left of it for those who wait here.

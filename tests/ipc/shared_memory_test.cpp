@@ -104,6 +104,47 @@ TEST(SharedMemory, HasTheSizeAndPermissionOfItsCreator) {
   SMSharedMemFree(mine);
 }
 
+// What its creator holds and the kernel gives back when that dies.
+TEST(SharedMemory, HasAGuardThatItsCreatorHolds) {
+  SMSharedMem* creator = SMSharedMemCreate("guarded", 100);
+  const int guard = semget(key_of("guarded"), 0, 0);
+  const auto about = kqsupt::tests::about_set(guard);
+  ASSERT_TRUE(about.has_value());
+  EXPECT_EQ(about->sem_nsems, 1U);
+  EXPECT_EQ(about->sem_perm.mode & 0777U, 0600U);
+  EXPECT_EQ(semctl(guard, 0, GETVAL), 0);
+  SMSharedMemFree(SMSharedMemOpen("guarded"));
+  EXPECT_EQ(SMSharedMemCreate("guarded", 100), nullptr);
+  EXPECT_EQ(semctl(guard, 0, GETVAL), 0);
+  SMSharedMemFree(creator);
+}
+
+TEST(SharedMemory, TheGuardOfADeadCreatorIsGivenBack) {
+  create_and_die("given back", "text");
+  const int guard = semget(key_of("given back"), 0, 0);
+  EXPECT_EQ(semctl(guard, 0, GETVAL), 1);
+  EXPECT_EQ(SMSharedMemOpen("given back"), nullptr);
+  EXPECT_EQ(semctl(guard, 0, GETVAL), 1);
+  SMSharedMem* next = SMSharedMemCreate("given back", 100);
+  EXPECT_EQ(semget(key_of("given back"), 0, 0), guard);
+  EXPECT_EQ(semctl(guard, 0, GETVAL), 0);
+  SMSharedMemFree(next);
+  EXPECT_EQ(semctl(guard, 0, GETVAL), 0);  // until the process ends
+}
+
+TEST(SharedMemory, WithoutAGuardIsOpenedAndNotTakenOver) {
+  SMSharedMem* creator = SMSharedMemCreate("unguarded", 100);
+  ASSERT_EQ(semctl(semget(key_of("unguarded"), 0, 0), 0, IPC_RMID), 0);
+  EXPECT_EQ(SMSharedMemCreate("unguarded", 100), nullptr);
+  SMSharedMem* opener = SMSharedMemOpen("unguarded");
+  ASSERT_NE(opener, nullptr);
+  std::strcpy(text_in(creator), "shared");
+  EXPECT_STREQ(text_in(opener), "shared");
+  SMSharedMemFree(opener);
+  SMSharedMemFree(creator);
+  EXPECT_LT(shmget(key_of("unguarded"), 0, 0), 0);
+}
+
 TEST(SharedMemory, NeedsANameAndASize) {
   EXPECT_EQ(SMSharedMemCreate(nullptr, 100), nullptr);
   EXPECT_EQ(SMSharedMemCreate("", 100), nullptr);

@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <sched.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -15,6 +16,8 @@
 
 #include "gtest/gtest.h"
 #include "kqsupt/os.h"
+#include "support/child.h"
+#include "support/emulated.h"
 #include "support/guarded.h"
 #include "support/program.h"
 
@@ -151,6 +154,52 @@ TEST(Threads, KillEndsTheProcessWithSignal9) {
   EXPECT_EQ(outcome.signal, SIGKILL) << outcome.exit_status << outcome.err;
   EXPECT_EQ(outcome.out, "running\n");
 }
+
+#ifndef KQSUPT_SANITIZED  // which would find a thread that nobody waited for
+TEST(Threads, KillOfOneThatHasEndedAnswersZero) {
+  static std::atomic<pid_t> task = 0;
+  SMThread* thread = SMThreadStart(
+      [](void*) -> void* {
+        task = gettid();
+        return nullptr;
+      },
+      nullptr);
+  ASSERT_NE(thread, nullptr);
+  wait_until([] {
+    return task != 0 && access(("/proc/self/task/" + std::to_string(task)).c_str(), F_OK) != 0;
+  });
+  EXPECT_EQ(SMThreadKill(thread), SM_STATUS_SUCCESS);
+}
+
+// In a process of its own: nothing of it can be given back.
+TEST(Threads, DoNotStartWithoutRoomForTheirStack) {
+  if (kqsupt::tests::is_emulated()) {
+    GTEST_SKIP() << "the emulator needs room itself";
+  }
+  const auto wait_for_ever = [](void*) -> void* {
+    for (;;) {
+      pause();
+    }
+  };
+  EXPECT_EQ(kqsupt::tests::in_child([&] {
+              const rlimit nothing_more = {1, 1};
+              if (setrlimit(RLIMIT_AS, &nothing_more) != 0) {
+                return 2;
+              }
+              // Stacks of threads that have ended are used again.
+              for (int i = 0; SMThreadStartAndRelease(wait_for_ever, nullptr) == 0; ++i) {
+                if (i == 1000) {
+                  return 3;
+                }
+              }
+              return SMThreadStart(wait_for_ever, nullptr) == nullptr &&
+                             SMThreadStartAndRelease(wait_for_ever, nullptr) == 0xFFFFFFFF
+                         ? 0
+                         : 1;
+            }),
+            0);
+}
+#endif
 
 TEST(Threads, DetachedOnesRunOnTheSameStackSize) {
   static Seen seen;

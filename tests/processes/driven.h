@@ -4,22 +4,16 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <vector>
 
+#include "support/emulated.h"
 #include "support/program.h"
 
 namespace kqsupt::tests {
 
 // How the driver exits when the program makes fewer calls than it was to act on.
 inline constexpr int kNotReached = 99;
-
-// An emulator makes many more calls than the program does.
-inline bool is_emulated() {
-  const char* runner = std::getenv("KQSUPT_RUNNER");
-  return runner != nullptr && std::strstr(runner, "qemu") != nullptr;
-}
 
 // The driver is of the machine's own build, whatever the program is.
 inline Outcome driven(const std::string& action, long place, const std::string& name,

@@ -377,15 +377,39 @@ std::thread undisturbed(const Work& work) {
 
 constexpr int32_t kWaits[] = {-1, 60000};
 
+// How long a wait that nobody ends is waited for, which answers that its time is up.
+template <class Wait>
+int64_t milliseconds_of(const Wait& wait) {
+  const auto now = [] {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return int64_t{time.tv_sec} * 1000000000 + time.tv_nsec;
+  };
+  const int64_t begin = now();
+  EXPECT_EQ(wait(), SMStatus{SM_STATUS_TIMEOUT});
+  return (now() - begin) / 1000000;
+}
+
+// A signal makes none of them shorter, and none much longer.
 TEST_F(UnderSignals, WaitsEndAtTheirTime) {
+  constexpr int64_t kMuchLater = 10000;
   for (const char* name : {static_cast<const char*>(nullptr), "signals"}) {
     SMMutex* mutex = SMMutexCreate(name);
     SMSemaphore* semaphore = SMSemaphoreCreate(name, 0);
     SMEvent* event = SMEventCreate(name, 0, 0);
     EXPECT_EQ(SMMutexLock(mutex, -1), 0U);
-    EXPECT_EQ(SMMutexLock(mutex, 200), SM_STATUS_TIMEOUT);
-    EXPECT_EQ(SMSemaphoreAcquireWait(semaphore, 100), SM_STATUS_TIMEOUT);
-    EXPECT_EQ(SMEventWait(event, 100), SM_STATUS_TIMEOUT);
+    // Each millisecond counts four.
+    const int64_t of_mutex = milliseconds_of([=] { return SMMutexLock(mutex, 200); });
+    EXPECT_GE(of_mutex, 50);
+    EXPECT_LT(of_mutex, kMuchLater);
+    // The clock that they go by has whole milliseconds.
+    const int64_t of_semaphore =
+        milliseconds_of([=] { return SMSemaphoreAcquireWait(semaphore, 100); });
+    EXPECT_GE(of_semaphore, 95);
+    EXPECT_LT(of_semaphore, kMuchLater);
+    const int64_t of_event = milliseconds_of([=] { return SMEventWait(event, 100); });
+    EXPECT_GE(of_event, 95);
+    EXPECT_LT(of_event, kMuchLater);
     EXPECT_EQ(SMMutexUnLock(mutex), 0U);
     SMEventDestroy(event);
     SMSemaphoreDestroy(semaphore);

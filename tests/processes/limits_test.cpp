@@ -1,6 +1,12 @@
 // The system's own limits: a disk that is full, one that is mounted for reading, a system without a
 // semaphore left. Nothing is lost, and what failed works when there is room again.
 
+#include <dlfcn.h>
+#include <sys/types.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <string>
@@ -118,6 +124,90 @@ TEST_F(ReadOnly, CanBeReadAndNotChanged) {
   EXPECT_EQ(scratch_.names(), names);
 }
 
+// ---- The system's semaphores ----
+
+// What came to the system's log, one element a line with its identity and priority before it.
+std::vector<std::string>& logged() {
+  static std::vector<std::string> lines;
+  return lines;
+}
+std::string log_identity;
+
+void log_line(int priority, const char* format, va_list arguments) {
+  char line[4096];
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+  std::vsnprintf(line, sizeof line, format, arguments);
+  logged().push_back(log_identity + ": " + std::to_string(priority) + " " + line);
+}
+
+// The error that the system answers when a set of semaphores is asked for; 0 to ask it.
+int semget_error = 0;
+
+}  // namespace
+
+// In place of the system's functions of these names, which the library calls.
+extern "C" {
+
+void openlog(const char* identity, int, int) {
+  log_identity = identity;
+}
+void closelog() {
+  log_identity = "closed";
+}
+[[gnu::format(printf, 2, 3)]] void syslog(int priority, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  log_line(priority, format, arguments);
+  va_end(arguments);
+}
+[[gnu::format(printf, 3, 4)]] void __syslog_chk(int priority, int, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  log_line(priority, format, arguments);
+  va_end(arguments);
+}
+
+int semget(key_t key, int count, int flags) noexcept {
+  if (semget_error != 0) {
+    errno = semget_error;
+    return -1;
+  }
+  static const auto system_semget =
+      reinterpret_cast<int (*)(key_t, int, int)>(dlsym(RTLD_NEXT, "semget"));
+  return system_semget(key, count, flags);
+}
+
+}  // extern "C"
+
+namespace {
+
+constexpr char kBegin[] = "Corvane (Shared Library): 6 Talmere EventID: 0  ";
+const std::string kNoRoom =
+    std::string(kBegin) +
+    "A semaphore set has to be created but the system limit for the maximum number of semaphore "
+    "sets has been exceeded\n";
+const std::string kNoMemory =
+    std::string(kBegin) +
+    "A semaphore set could not be created because the system has not enough memory for the new "
+    "data structure\n";
+
+TEST(SemaphoreLimit, IsToldToTheSystemLogForWantOfRoomAndOfMemoryAlone) {
+  // The guard of shared memory is looked for before it is made: this is told once.
+  for (const int error : {ENOSPC, ENOMEM, EACCES, EINVAL, EPERM}) {
+    logged().clear();
+    semget_error = error;
+    EXPECT_EQ(SMSemaphoreCreate("told", 3), nullptr);
+    EXPECT_EQ(SMEventCreate("told", 0, 0), nullptr);
+    EXPECT_EQ(SMSharedMemCreate("told", 10), nullptr);
+    EXPECT_EQ(SMSemaphoreOpen("told"), nullptr);
+    semget_error = 0;
+    const std::vector<std::string> none;
+    const std::vector<std::string> room(3, kNoRoom);
+    const std::vector<std::string> memory(3, kNoMemory);
+    EXPECT_EQ(logged(), error == ENOSPC ? room : error == ENOMEM ? memory : none) << error;
+  }
+}
+
 TEST(SemaphoreLimit, GivesNoneAndThenOneWhenThereIsRoomAgain) {
   const std::string limits = "/proc/sys/kernel/sem";
   const std::string before = content_of(limits);
@@ -128,9 +218,11 @@ TEST(SemaphoreLimit, GivesNoneAndThenOneWhenThereIsRoomAgain) {
   if (!limit_sets("250 32000 32 0")) {
     GTEST_SKIP() << "the system lets nobody set the limit here";
   }
+  logged().clear();
   EXPECT_EQ(SMSemaphoreCreate("beyond", 3), nullptr);
   EXPECT_EQ(SMEventCreate("beyond", 0, 0), nullptr);
   EXPECT_EQ(SMSharedMemCreate("beyond", 10), nullptr);
+  EXPECT_EQ(logged(), std::vector<std::string>(3, kNoRoom));
   EXPECT_TRUE(limit_sets(before));
   SMSemaphore* semaphore = SMSemaphoreCreate("beyond", 3);
   ASSERT_NE(semaphore, nullptr);
