@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -13,6 +11,7 @@
 
 #include "log/event_logs.h"
 #include "support/background.h"
+#include "support/emulated.h"
 
 namespace {
 
@@ -21,17 +20,12 @@ using kqsupt::tests::backup_of;
 using kqsupt::tests::built_program;
 using kqsupt::tests::child;
 using kqsupt::tests::content_of;
+using kqsupt::tests::is_emulated;
 using kqsupt::tests::own_log;
 using kqsupt::tests::parse_text_log;
 using kqsupt::tests::parse_xml_log;
 using kqsupt::tests::Record;
 using kqsupt::tests::Scratch;
-
-// Under the emulator all takes some ten times as long.
-bool is_emulated() {
-  const char* runner = std::getenv("KQSUPT_RUNNER");
-  return runner != nullptr && std::strstr(runner, "qemu") != nullptr;
-}
 
 class EventLogs : public testing::Test {
  protected:
