@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <string>
 
 #include "gtest/gtest.h"
 #include "kqsupt/os.h"
@@ -19,9 +18,9 @@ struct Answers {
   int result = 0;  // of each call; -1 when it fails
   time_t seconds = 0;
   suseconds_t microseconds = 0;
-  std::string name;
+  const char* name = "";
 };
-Answers answers;
+constinit Answers answers;  // the library asks as soon as it is loaded
 
 // What the library asked select() for.
 struct Asked {
@@ -44,7 +43,7 @@ int gettimeofday(timeval* now, void*) noexcept {
 }
 
 int uname(utsname* about) noexcept {
-  std::strncpy(about->sysname, answers.name.c_str(), sizeof about->sysname - 1);
+  std::strncpy(about->sysname, answers.name, sizeof about->sysname - 1);
   return answers.result;
 }
 
@@ -139,7 +138,7 @@ class Host : public testing::Test {
  protected:
   ~Host() override { answers = {}; }
 
-  static uint32_t type_of(const std::string& name, int result) {
+  static uint32_t type_of(const char* name, int result) {
     answers = {result, 0, 0, name};
     return SMOSTypeGet();
   }
