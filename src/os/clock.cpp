@@ -28,7 +28,8 @@ uint64_t ticks_now() {
   const volatile double fraction = static_cast<double>(now.tv_usec) * 0.000001;
   const volatile double seconds = static_cast<double>(now.tv_sec) + fraction;
   const volatile double milliseconds = seconds * 1000;
-  return static_cast<uint64_t>(milliseconds);
+  // Through the signed type, so that times before the epoch too are as far apart as they were.
+  return static_cast<uint64_t>(static_cast<int64_t>(milliseconds));
 }
 
 void check_elapsed(uint64_t start, uint64_t current, uint64_t limit, uint64_t* elapsed,

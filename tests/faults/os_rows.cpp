@@ -8,6 +8,7 @@
 #include "faults/sweep.h"
 #include "kqsupt/os.h"
 #include "support/scratch.h"
+#include "support/system_log.h"
 
 namespace kqsupt::tests {
 namespace {
@@ -85,9 +86,25 @@ Row file_row(const std::string& name) {
       [](Files& files) { return content_of(files.destination) == "old"; });
 }
 
+// A line so long that the C library too allocates.
+struct LoggedEvent {
+  const SystemLog log;
+  const std::string message = std::string(1500, 'm');
+  SMStatus status = 0;
+};
+
+constexpr SMStatus kNothingLogged = 0xFFFFFFFF;
+
+SMStatus log_event(LoggedEvent& event) {
+  event.status = SMAppendToOSSysLog(1, 1, 1404, "agent", event.message.c_str(), nullptr, 0);
+  return event.status;
+}
+
 }  // namespace
 
 std::vector<Row> os_rows() {
+  // The C library keeps what it knows of the time zone.
+  SMAppendToOSSysLog(1, 1, 1404, "agent", "text", nullptr, 0);
   // The C library keeps what it allocates for the first thread, and uses it for the next one.
   SMThreadStop(SMThreadStart(do_nothing, nullptr));
   // The loader keeps the further name of a library that was loaded by another one.
@@ -122,6 +139,12 @@ std::vector<Row> os_rows() {
             return SMStatus{state.value != nullptr ? SM_STATUS_SUCCESS : SM_STATUS_NO_MEMORY};
           },
           [](Value& state) { return state.value == nullptr && state.size == 7; }),
+      // When the C library has no room for the line, which it does not tell, it logs part of it.
+      row<LoggedEvent>("SMAppendToOSSysLog", {{kNothingLogged, 0}, {SM_STATUS_SUCCESS, 0}},
+                       log_event,
+                       [](LoggedEvent& event) {
+                         return event.log.line().empty() == (event.status == kNothingLogged);
+                       }),
       file_row<SMFileCopy>("SMFileCopy"),
       file_row<SMFileCopyAndSync>("SMFileCopyAndSync"),
       file_row<SMFileAppend>("SMFileAppend"),

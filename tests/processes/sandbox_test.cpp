@@ -60,6 +60,16 @@ TEST(Sandbox, KeepsWhatElseIsInTheDirectoriesItCovers) {
   EXPECT_EQ(in_sandbox("ls /usr/lib").out, run_native({"ls", "/usr/lib"}).out);
 }
 
+TEST(Sandbox, HasADirectoryOfDevicesOfItsOwnWithNobodyAtTheSystemsLog) {
+  const Outcome outcome = in_sandbox(
+      "ls -d /dev/log 2>/dev/null; echo gone >/dev/null && head -c 3 /dev/zero | wc -c && "
+      "touch /dev/log && touch /dev/left-over");
+  EXPECT_EQ(outcome.out, "3\n") << outcome.err;
+  EXPECT_EQ(outcome.exit_status, 0) << outcome.err;
+  EXPECT_NE(access("/dev/log", F_OK), 0);
+  EXPECT_NE(access("/dev/left-over", F_OK), 0);
+}
+
 TEST(Sandbox, HasAScratchTreeOfItsOwn) {
   const Outcome outcome = in_sandbox("echo $TMPDIR; echo x >$TMPDIR/left-over");
   ASSERT_EQ(outcome.exit_status, 0) << outcome.err;
