@@ -112,8 +112,8 @@ uint32_t highest_generation(const char* path, uint32_t most) {
 }
 
 // Calls `change` with the number of each generation from `most` down. Callers may allow for any
-// number of generations, of which there are a few: when `change` finds one missing, and answers false,
-// the gap is passed over at once.
+// number of generations, of which there are a few: when `change` finds one missing, and answers
+// false, the gap is passed over at once.
 template <class Change>
 void for_each_generation(const char* path, uint32_t most, Change change) {
   uint32_t k = highest_generation(path, most);
