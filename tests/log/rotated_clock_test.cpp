@@ -1,5 +1,6 @@
 // Times that cannot be told. This program has a calendar of its own in front of the C library's.
 
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <string>
@@ -18,6 +19,7 @@ std::string formatted;  // what strftime makes of every time; it fails with an e
 extern "C" {
 
 tm* localtime_r(const time_t* /*seconds*/, tm* broken) noexcept {
+  errno = is_calendar_known ? 0 : EOVERFLOW;
   return is_calendar_known ? broken : nullptr;
 }
 

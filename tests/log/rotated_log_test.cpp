@@ -413,10 +413,10 @@ TEST_F(RotatedLog, IgnoresFlagsThatSayNothing) {
   EXPECT_TRUE(matches(written("text", kMost), std::string(kTime) + kThread + "text\n"));
 }
 
-// As the calendar has it at some second from before the call to after it.
+// As the calendar has it at some second from before the call to after it, in the time zone of now.
 TEST_F(RotatedLog, TellsTheLocalTime) {
-  setenv("TZ", "XYZ-5:30", 1);
   tzset();
+  setenv("TZ", "XYZ-5:30", 1);
   const time_t before = time(nullptr);
   const std::string text = written("", SM_LOG_PREFIX_TIME);
   bool is_told = false;
