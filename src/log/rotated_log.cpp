@@ -21,8 +21,8 @@
 #include <ctime>
 #include <string_view>
 
-#include "config/file_commit.h"
 #include "frame/status.h"
+#include "kqbounded.h"
 #include "os/file_descriptor.h"
 
 namespace kqsupt::log {
@@ -51,36 +51,78 @@ class GenerationName {
   char text_[PATH_MAX + 16];  // whole for each path that a file may have
 };
 
-// The highest generation that there is, up to `count`. Callers may allow for any number of them, of
-// which there are a few.
-uint32_t highest_generation(const char* path, uint32_t count) {
-  const std::string_view whole(path);
-  std::string_view name = whole;
-  name.remove_prefix(whole.rfind('/') + 1);  // none of it without a directory
-  const config::DirectoryName directory_name(whole);
-  DIR* const directory = directory_name.ok() ? opendir(directory_name.c_str()) : nullptr;
-  if (directory == nullptr) {
-    return count;
-  }
-  uint32_t highest = 0;
-  while (const dirent* entry = readdir(directory)) {
-    const std::string_view other(entry->d_name);
-    if (other.size() <= name.size() + 1 || !other.starts_with(name) || other[name.size()] != '.') {
-      continue;
+// The names in the directory of a path. They are read without the heap: a log is rotated as ever
+// while memory is short.
+class Neighbours {
+ public:
+  explicit Neighbours(std::string_view path) {
+    const size_t slash = path.rfind('/');
+    std::string_view name = ".";
+    if (slash != std::string_view::npos) {
+      name = {path.data(), std::max<size_t>(slash, 1)};
     }
-    const char* digits = other.data() + name.size() + 1;
+    char text[PATH_MAX];
+    if (name.size() < sizeof text) {
+      *std::copy(name.begin(), name.end(), text) = '\0';
+      directory_ = FileDescriptor::open(text, O_RDONLY | O_DIRECTORY);
+    }
+  }
+
+  // Calls `visit` with each name. False when not all of them could be read.
+  template <class Visit>
+  [[nodiscard]] bool for_each(Visit visit) const {
+    if (!directory_.is_open()) {
+      return false;
+    }
+    alignas(dirent64) char entries[4096];
+    ssize_t size = 0;
+    while ((size = getdents64(directory_.get(), entries, sizeof entries)) > 0) {
+      for (const char* at = entries; at < entries + size;) {
+        const auto* entry = reinterpret_cast<const dirent64*>(at);
+        visit(std::string_view(entry->d_name));
+        at += entry->d_reclen;
+      }
+    }
+    return size == 0;
+  }
+
+ private:
+  FileDescriptor directory_;
+};
+
+// The highest generation that there is, up to `most`; 0 for none, and `most` when that cannot be
+// known.
+uint32_t highest_generation(const char* path, uint32_t most) {
+  const std::string_view whole(path);
+  const size_t slash = whole.rfind('/');
+  const size_t directory_size = slash == std::string_view::npos ? 0 : slash + 1;
+  const std::string_view name(path + directory_size, whole.size() - directory_size);
+  uint32_t highest = 0;
+  const bool is_known = Neighbours(whole).for_each([&](std::string_view other) {
+    if (other.size() <= name.size() + 1 || !other.starts_with(name) || other[name.size()] != '.') {
+      return;
+    }
     const char* end = other.data() + other.size();
     uint32_t number = 0;
-    const auto [behind, error] = std::from_chars(digits, end, number);
-    if (error == std::errc() && behind == end && number <= count) {
+    const auto [behind, error] = std::from_chars(other.data() + name.size() + 1, end, number);
+    if (error == std::errc() && behind == end && number <= most) {
       highest = std::max(highest, number);
     }
-  }
-  closedir(directory);
-  return highest;
+  });
+  return is_known ? highest : most;
 }
 
-// Whether the file is one to rotate, and the only name of it still this path.
+// Calls `change` with the number of each generation from `most` down. Callers may allow for any
+// number of generations, of which there are a few: when `change` finds one missing, and answers
+// false, the gap is passed over at once.
+template <class Change>
+void for_each_generation(const char* path, uint32_t most, Change change) {
+  uint32_t k = highest_generation(path, most);
+  while (k != 0) {
+    k = change(k) ? k - 1 : highest_generation(path, k - 1);
+  }
+}
+
 bool is_too_large(const char* path, uint32_t max_size) {
   struct stat about {};
   return stat(path, &about) == 0 && S_ISREG(about.st_mode) && about.st_size > off_t{max_size};
@@ -92,12 +134,12 @@ class Rotation {
  public:
   explicit Rotation(const char* path)
       : file_(FileDescriptor::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY)) {
-    struct stat held {};
-    struct stat there {};
     // Where files cannot be read or locked they are rotated all the same.
-    is_mine_ =
-        !file_.is_open() || flock(file_.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
-    if (is_mine_ && file_.is_open()) {
+    if (!file_.is_open()) {
+      is_mine_ = errno != ENOENT;
+    } else if (flock(file_.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) {
+      struct stat held {};
+      struct stat there {};
       is_mine_ = fstat(file_.get(), &held) == 0 && stat(path, &there) == 0 &&
                  held.st_ino == there.st_ino && held.st_dev == there.st_dev;
     }
@@ -106,7 +148,7 @@ class Rotation {
 
  private:
   FileDescriptor file_;
-  bool is_mine_;
+  bool is_mine_ = false;
 };
 
 // ---- Messages ----
@@ -131,7 +173,7 @@ class Prefix {
   void add_time() {
     const time_t now = time(nullptr);
     tm local{};
-    if (localtime_r(&now, &local) == nullptr) {
+    if (localtime_s(&local, &now) != 0) {
       std::strcpy(text_, "[localtime error] ");
     } else if (std::strftime(text_, sizeof text_, "[%b %d %Y %H:%M:%S] ", &local) == 0) {
       std::strcpy(text_, "[strftime error] ");
@@ -173,11 +215,10 @@ void rotate_log(const char* path, uint32_t max_size, uint32_t count) {
     unlink(path);
     return;
   }
-  // Generations that are missing are passed over by their renaming.
-  const uint32_t oldest = highest_generation(path, count - 1);
-  for (uint32_t k = oldest; k >= 1; --k) {
-    (void)rename(GenerationName(path, k).c_str(), GenerationName(path, k + 1).c_str());
-  }
+  for_each_generation(path, count - 1, [path](uint32_t k) {
+    const GenerationName from(path, k);
+    return rename(from.c_str(), GenerationName(path, k + 1).c_str()) == 0 || errno != ENOENT;
+  });
   (void)rename(path, GenerationName(path, 1).c_str());
 }
 
@@ -205,9 +246,9 @@ void delete_rotated_log(const char* path, uint32_t delete_generations, uint32_t 
     return;
   }
   if (delete_generations == 1) {
-    for (uint32_t k = highest_generation(path, count); k >= 1; --k) {
-      unlink(GenerationName(path, k).c_str());
-    }
+    for_each_generation(path, count, [path](uint32_t k) {
+      return unlink(GenerationName(path, k).c_str()) == 0 || errno != ENOENT;
+    });
   }
   unlink(path);
 }
