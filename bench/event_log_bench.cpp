@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "many_processes.h"
@@ -56,27 +55,25 @@ size_t event_size() {
   return (static_cast<size_t>(about.st_size) - 256) / 2;
 }
 
-// Looks at the log, opens and locks a lock file, opens the log and looks at it again, writes as many
-// bytes as an event has, and gives all of it up.
+// Opens and locks a lock file, opens the log and looks at it, writes as many bytes as an event has,
+// and gives all of it up, when the bits of the lock file are compared with those of the log.
 void do_floor(size_t count) {
-  static const std::string directory = std::getenv("TMPDIR");
-  static const std::string log = directory + "/floor.log";
-  static const std::string lock_file = directory + "/floor.lock";
+  static const std::string log = no_log(SM_LOG_TEXT);
+  static const std::string lock_file = log + ".lock";
   static const std::string record(event_size(), 'x');
   unlink(log.c_str());
   close(open(log.c_str(), O_WRONLY | O_CREAT, 0664));
   for (size_t i = 0; i < count; ++i) {
     struct stat about {};
-    require(stat(log.c_str(), &about) == 0);
     const int held = open(lock_file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     struct flock lock {};
     lock.l_type = F_WRLCK;
     require(fcntl(held, F_SETLKW, &lock) == 0);
     const int file = open(log.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
     require(fstat(file, &about) == 0);
-    require(fchmod(file, 0664) == 0);
     require(write(file, record.data(), record.size()) == static_cast<ssize_t>(record.size()));
     close(file);
+    require(stat(log.c_str(), &about) == 0 && fstat(held, &about) == 0);
     lock.l_type = F_UNLCK;
     require(fcntl(held, F_SETLKW, &lock) == 0);
     close(held);

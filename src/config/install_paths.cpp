@@ -180,10 +180,9 @@ frame::HeapPtr<char> joined(std::initializer_list<const char*> parts) {
 }  // namespace
 
 frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type, SMStatus* status) {
-  uint32_t size = 0;
-  *status = get_path(product_id, path_type, nullptr, &size);
-  // Somebody may change the path between the two questions.
-  while (*status == SM_STATUS_BUFFER_TOO_SMALL) {
+  // Mostly enough; and somebody may change the path between two questions.
+  uint32_t size = 128;
+  do {
     frame::HeapPtr<char> path(static_cast<char*>(std::malloc(size)));
     if (path == nullptr) {
       *status = SM_STATUS_NO_MEMORY;
@@ -193,7 +192,7 @@ frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type, SMStatus*
     if (*status == SM_STATUS_SUCCESS) {
       return path;
     }
-  }
+  } while (*status == SM_STATUS_BUFFER_TOO_SMALL);
   return nullptr;
 }
 

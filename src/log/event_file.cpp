@@ -25,33 +25,10 @@ constexpr mode_t kNewMode = 0664;
 constexpr mode_t kAllBits = 07777;
 constexpr mode_t kKeptBits = 01666;
 
-bool would_be_full(const char* path, uint64_t growth, uint32_t max_size) {
-  struct stat about {};
-  return stat(path, &about) == 0 && S_ISREG(about.st_mode) &&
-         static_cast<uint64_t>(about.st_size) + growth >= max_size;
-}
-
 }  // namespace
 
 void make_backup_name(char* path) {
   path[std::strlen(path) - 1] = '_';
-}
-
-bool back_up_when_full(const char* path, uint64_t growth, uint32_t max_size) {
-  if (!would_be_full(path, growth, max_size)) {
-    return false;
-  }
-  const frame::HeapPtr<char> backup(strdup(path));
-  if (backup == nullptr) {
-    return false;
-  }
-  make_backup_name(backup.get());
-  const PathLockGuard lock(path, PathLockMode::kExclusive, true);
-  // Somebody else may have come first: a second backup would take the place of all that is in
-  // theirs. The name goes over to the new backup in one step, so that there is no moment without
-  // one.
-  return lock.status() == SM_STATUS_SUCCESS && would_be_full(path, growth, max_size) &&
-         rename(path, backup.get()) == 0;
 }
 
 SMStatus delete_log(const char* path) {
@@ -59,29 +36,33 @@ SMStatus delete_log(const char* path) {
   return lock.status() == SM_STATUS_SUCCESS ? config::delete_file(path) : lock.status();
 }
 
-LockedLog::LockedLog(const char* path, int access)
+LockedLog::LockedLog(const char* path, int access, Missing missing)
     : path_(path), lock_(path, PathLockMode::kExclusive, true), status_(lock_.status()) {
   if (status_ != SM_STATUS_SUCCESS) {
     return;
   }
   // A pipe in its place has nobody to read it, and is not waited for.
   struct stat about {};
-  if (!open(access | O_NONBLOCK | O_NOCTTY) || fstat(file_.get(), &about) != 0) {
+  if (!open(access | O_NONBLOCK | O_NOCTTY, missing) || fstat(file_.get(), &about) != 0) {
     status_ = frame::kFailed;
     return;
   }
   size_ = about.st_size;
+  is_regular_ = S_ISREG(about.st_mode);
   const mode_t mode = is_new_ ? kNewMode : about.st_mode & kKeptBits;
   if ((about.st_mode & kAllBits) != mode) {
     (void)fchmod(file_.get(), mode);  // only its owner may
   }
 }
 
-bool LockedLog::open(int flags) {
+bool LockedLog::open(int flags, Missing missing) {
   file_ = FileDescriptor::open(path_, flags);
   if (!file_.is_open() && errno == EACCES && (flags & O_APPEND) != 0) {
     // What can only be written can still be appended to.
     file_ = FileDescriptor::open(path_, (flags & ~O_ACCMODE) | O_WRONLY);
+  }
+  if (missing == Missing::kLeave) {
+    return file_.is_open();
   }
   if (!file_.is_open() && errno == ENOENT) {
     is_new_ = true;
@@ -94,6 +75,19 @@ bool LockedLog::open(int flags) {
     }
   }
   return file_.is_open();
+}
+
+bool LockedLog::back_up_when_full(uint64_t growth, uint32_t max_size) {
+  if (is_new_ || !is_regular_ || static_cast<uint64_t>(size_) + growth < max_size) {
+    return false;
+  }
+  const frame::HeapPtr<char> backup(strdup(path_));
+  if (backup == nullptr) {
+    return false;
+  }
+  make_backup_name(backup.get());
+  // The name goes over to the new backup in one step: there is no moment without one.
+  return rename(path_, backup.get()) == 0;
 }
 
 bool LockedLog::cut_to(off_t size) {

@@ -17,24 +17,25 @@ namespace kqsupt::log {
 // The name of the backup: the path with its last character replaced. The path is not empty.
 void make_backup_name(char* path);
 
-// Makes the file its own backup, in place of the one before, when it would reach `max_size` with
-// `growth` more bytes. True when that was done.
-[[nodiscard]] bool back_up_when_full(const char* path, uint64_t growth, uint32_t max_size);
-
 // Deletes the file. 0xFFFFFFFF when that fails, also because there is none.
 [[nodiscard]] SMStatus delete_log(const char* path);
 
 // The file, locked against everybody else and open.
 class LockedLog {
  public:
-  // `access` as for open(). A file that is not there is made, with its bits 0664 and with its
-  // directory; one that is keeps its bits for reading and writing.
-  LockedLog(const char* path, int access);
+  // `access` as for open(). A file that is not there is made when that is wanted, with its bits 0664
+  // and with its directory; one that is keeps its bits for reading and writing.
+  enum class Missing { kMake, kLeave };
+  LockedLog(const char* path, int access, Missing missing = Missing::kMake);
 
   // What locking answered; 0xFFFFFFFF when the file cannot be opened, or its directory made.
   [[nodiscard]] SMStatus status() const { return status_; }
   [[nodiscard]] off_t size() const { return size_; }
   [[nodiscard]] const os::FileDescriptor& file() const { return file_; }
+
+  // Makes the file its own backup, in place of the one before, when it would reach `max_size` with
+  // `growth` more bytes. True when that was done: this is a log no more.
+  [[nodiscard]] bool back_up_when_full(uint64_t growth, uint32_t max_size);
 
   // Cuts off what a process that was killed left of an event. False when that cannot be done.
   [[nodiscard]] bool cut_to(off_t size);
@@ -44,7 +45,7 @@ class LockedLog {
   [[nodiscard]] SMStatus write(off_t offset, std::string_view bytes, std::string_view replaced);
 
  private:
-  [[nodiscard]] bool open(int flags);
+  [[nodiscard]] bool open(int flags, Missing missing);
   void take_back(off_t offset, std::string_view replaced);
 
   const char* path_;
@@ -53,6 +54,7 @@ class LockedLog {
   os::FileDescriptor file_;
   off_t size_ = 0;
   bool is_new_ = false;
+  bool is_regular_ = false;
 };
 
 // The last bytes of a log: more of them than an event has.

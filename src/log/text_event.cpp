@@ -251,11 +251,7 @@ void take_away_unfinished(LockedLog& log) {
   }
 }
 
-SMStatus write_record(const char* path, const Record& record) {
-  LockedLog log(path, O_RDWR | O_APPEND);
-  if (log.status() != SM_STATUS_SUCCESS) {
-    return log.status();
-  }
+SMStatus write_record(LockedLog& log, const Record& record) {
   take_away_unfinished(log);
   const bool has_header = log.size() >= static_cast<off_t>(kHeaderSize);
   return log.write(log.size(), has_header ? record.without_header() : record.with_header(), {});
@@ -296,13 +292,23 @@ SMStatus append_text_event(const char* path, const Event& event, uint32_t max_si
       return composed;
     }
   }
-  if (back_up_when_full(path, size, max_size)) {
+  constexpr int kAccess = O_RDWR | O_APPEND;
+  std::optional<LockedLog> log;
+  // A log that would have to be made for an event that it does not take is not made.
+  log.emplace(path, kAccess,
+              type != nullptr ? LockedLog::Missing::kMake : LockedLog::Missing::kLeave);
+  if (log->status() == SM_STATUS_SUCCESS && log->back_up_when_full(size, max_size)) {
+    log.reset();
     // The event is what matters: it is written although this one could not be.
     (void)append_text_event(
         path, {kInformation, 1, 1, event.source, kBackupMade, nullptr, 0, nullptr, nullptr},
         default_max_size());
+    log.emplace(path, kAccess);
   }
-  return type != nullptr ? write_record(path, record) : SMStatus{SM_STATUS_UNSUCCESSFUL};
+  if (type == nullptr) {
+    return SM_STATUS_UNSUCCESSFUL;
+  }
+  return log->status() == SM_STATUS_SUCCESS ? write_record(*log, record) : log->status();
 }
 
 SMStatus clear_text_log(const char* path, uint16_t category, const char* source) {

@@ -162,11 +162,7 @@ std::optional<off_t> take_away_unfinished(LockedLog& log) {
 }
 
 // `document` is a whole one with one element, of which a log that has a beginning takes the rest.
-SMStatus insert_element(const char* path, std::string_view document) {
-  LockedLog log(path, O_RDWR);
-  if (log.status() != SM_STATUS_SUCCESS) {
-    return log.status();
-  }
+SMStatus insert_element(LockedLog& log, std::string_view document) {
   if (log.size() < kDeclarationSize) {
     char before[kDeclarationSize];
     const ssize_t count = log.file().read_all_at(before, sizeof before, 0);
@@ -195,13 +191,18 @@ SMStatus append_xml_event(const char* path, const Event& event, uint32_t max_siz
     return frame::kFailed;
   }
   const std::string_view text(document->string.content, document->string.length);
-  if (back_up_when_full(path, text.size() - kBegin.size() - kEnd.size(), max_size)) {
+  std::optional<LockedLog> log;
+  log.emplace(path, O_RDWR);
+  if (log->status() == SM_STATUS_SUCCESS &&
+      log->back_up_when_full(text.size() - kBegin.size() - kEnd.size(), max_size)) {
+    log.reset();
     // The event is what matters: it is written although this one could not be.
     (void)append_xml_event(
         path, {kInformation, 1, 1, event.source, kBackupMade, nullptr, 0, event.user, nullptr},
         default_max_size());
+    log.emplace(path, O_RDWR);
   }
-  return insert_element(path, text);
+  return log->status() == SM_STATUS_SUCCESS ? insert_element(*log, text) : log->status();
 }
 
 SMStatus clear_xml_log(const char* path, uint16_t category, const char* user, const char* source) {
