@@ -232,7 +232,7 @@ void check_xml_log(const std::string& path, bool was_there, const std::string& b
   const size_t at = rest.find(last);
   require(at != std::string::npos);
   const std::string_view end = "</Data></LogEntry></EventLog>";
-  const size_t behind = rest.find(end, at);
+  const size_t behind = rest.find(end, at + last.size());  // the texts may hold one
   require(behind != std::string::npos);
   // Behind the document is what it did not come to lie on.
   const size_t size = after.size() - rest.size() + behind + end.size();

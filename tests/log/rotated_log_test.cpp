@@ -48,7 +48,7 @@ class RotatedLog : public testing::Test {
       put(generation(number), "generation " + std::to_string(number));
     }
   }
-  // What the generation was before.
+  // What is there now under the number of a generation.
   [[nodiscard]] std::string at(uint32_t number) const { return content_of(generation(number)); }
 
   SMStatus append(const char* message, uint32_t max_size = kMost, uint32_t count = 3,
