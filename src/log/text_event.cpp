@@ -13,6 +13,7 @@
 #include <optional>
 #include <string_view>
 
+#include "ipc/local_mutex.h"
 #include "kqbounded.h"
 #include "log/event_file.h"
 #include "log/log_sizes.h"
@@ -91,6 +92,38 @@ uint64_t estimate(const Event& event, uint32_t source_units, uint32_t descriptio
   return (uint64_t{source_units} + (event.data_size / 16 + 1) * 83 + 1024 + description_units) * 2;
 }
 
+// The calendar of the last event of this process. Events come many in a second, and asking what zone
+// this is takes as long as the rest of composing one. Whoever comes while somebody else looks at it
+// does without, also a child that was made meanwhile.
+struct Calendar {
+  time_t seconds;
+  char text[32];
+};
+constinit ipc::LocalMutex calendar_mutex;
+constinit Calendar calendar{};
+
+// As the calendar of the C library writes it, without its line end.
+const char* now(char (&text)[sizeof Calendar::text]) {
+  const time_t seconds = time(nullptr);
+  const bool mine = calendar_mutex.lock_within(0) == SM_STATUS_SUCCESS;
+  if (mine && calendar.seconds == seconds && calendar.text[0] != '\0') {
+    std::copy_n(calendar.text, sizeof text, text);
+  } else {
+    if (ctime_s(text, sizeof text, &seconds) != 0) {
+      text[0] = '\0';
+    }
+    text[std::strcspn(text, "\n")] = '\0';
+    if (mine) {
+      calendar.seconds = seconds;
+      std::copy_n(text, sizeof text, calendar.text);
+    }
+  }
+  if (mine) {
+    calendar_mutex.unlock();
+  }
+  return text;
+}
+
 class Record {
  public:
   Record() = default;
@@ -111,7 +144,7 @@ class Record {
                           ? append_converted(string_, lines)
                           : SMStatus{SM_STATUS_NO_MEMORY};
     add(event.source, &status);
-    char time_text[32];
+    char time_text[sizeof Calendar::text];
     char host[256];
     std::snprintf(lines, sizeof lines,
                   "\r\nCategory: %s\r\n%sDate and Time: %s\r\nComputer: %s\r\nDescription:\r\n",
@@ -141,15 +174,6 @@ class Record {
     }
   }
 
-  // As the calendar of the C library writes it, without its line end.
-  static const char* now(char (&text)[32]) {
-    const time_t seconds = time(nullptr);
-    if (ctime_s(text, sizeof text, &seconds) != 0) {
-      text[0] = '\0';
-    }
-    text[std::strcspn(text, "\n")] = '\0';
-    return text;
-  }
   static const char* name_of_host(char (&text)[256]) {
     uint32_t size = sizeof text;
     if (net::ip_host_name(text, &size) != SM_STATUS_SUCCESS) {
