@@ -1,5 +1,8 @@
 // reader: receives the record of a machine, looks a few values up in its bytes, and prints it all.
 
+#include <kqsupt/log.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
@@ -139,9 +142,27 @@ void print_tree(const Block& block) {
   }
 }
 
+// Tells operators what was received: in the family's logs, as text and as XML, and in the system's
+// own.
+void log_receipt(const Block& block) {
+  constexpr uint16_t kCategory = 1;
+  constexpr uint32_t kReceived = 1001;
+  constexpr uint32_t kShownBytes = 32;
+  const std::string description =
+      "The record of this machine was received: " + std::to_string(block.size()) + " bytes";
+  const auto shown = std::min<size_t>(block.size(), kShownBytes);
+  const SMStatus status = SMAppendToLog(SM_LOG_OS | SM_LOG_TEXT | SM_LOG_XML, SM_EVENT_INFORMATION,
+                                        kCategory, kReceived, "reader", description.c_str(),
+                                        block.data(), static_cast<uint32_t>(shown));
+  if (status != SM_STATUS_SUCCESS) {
+    throw std::runtime_error("logging failed with status " + std::to_string(status));
+  }
+}
+
 }  // namespace
 
-// reader: takes the record that a collector offers. reader -: reads it from the standard input.
+// reader: takes the record that a collector offers, and logs that it did. reader -: reads it from the
+// standard input.
 int main(int count, char** arguments) {
   try {
     const bool from_input = count > 1 && std::string(arguments[1]) == "-";
@@ -150,6 +171,9 @@ int main(int count, char** arguments) {
     print_tree(block);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
       throw std::system_error(errno, std::generic_category(), "standard output");
+    }
+    if (!from_input) {
+      log_receipt(block);
     }
     return EXIT_SUCCESS;
   } catch (const std::bad_alloc&) {

@@ -1,6 +1,10 @@
 // How many blocks of memory a record takes, and which calls take none.
 
+#include <algorithm>
+#include <iterator>
+
 #include "gtest/gtest.h"
+#include "kqsupt/containers.h"
 #include "support/failing_heap.h"
 #include "support/records.h"
 
@@ -83,6 +87,54 @@ TEST(Footprint, AnAddOfASingleBlockThatFailsLosesTheConvertedRecord) {
   const int64_t before = live_blocks();
   EXPECT_EQ(add(record, 1, kBlock, block), SM_STATUS_ALREADY_EXISTS);
   EXPECT_EQ(live_blocks() - before, 3) << "the record, its entry, its node";
+}
+
+int32_t by_key(void* key, SMDLListEntry* entry, uint32_t) {
+  return *static_cast<int*>(key) - *static_cast<int*>(entry->data);
+}
+
+TEST(Footprint, ListsAllocateTheirHeadsAndEntriesAlone) {
+  SMDLList* list = nullptr;
+  SMDLListEntry* entries[3] = {};
+  EXPECT_EQ(allocations_of([&] { list = SMDLListAlloc(); }), 1U);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(allocations_of([&] { entries[i] = SMDLListEntryAlloc(sizeof i); }), 1U);
+    *static_cast<int*>(entries[i]->data) = i;
+  }
+  EXPECT_EQ(allocations_of([&] {
+              int key = 1;
+              SMDLListInsertEntryAtHead(list, entries[0]);
+              SMDLListInsertEntryAtTail(list, entries[2]);
+              EXPECT_EQ(SMDLListInsertEntry(list, entries[1], &key, by_key), SM_STATUS_SUCCESS);
+              EXPECT_EQ(SMDLListWalkAtHead(list, &key, by_key), entries[1]);
+              EXPECT_EQ(SMDLListWalkAtTail(list, &key, by_key), entries[1]);
+              EXPECT_EQ(SMDLListReplaceEntry(list, entries[1], &key, by_key), entries[1]);
+              SMDLListDeleteEntry(list, entries[1]);
+              EXPECT_EQ(SMDLListRemoveEntryAtHead(list), entries[0]);
+              EXPECT_EQ(SMDLListRemoveEntryAtTail(list), entries[2]);
+            }),
+            0U);
+  std::for_each(std::begin(entries), std::end(entries), SMDLListEntryFree);
+  SMDLListFree(list);
+}
+
+TEST(Footprint, IdsAllocateNothing) {
+  uint32_t table[4];
+  EXPECT_EQ(allocations_of([&] {
+              uint32_t word = 0;
+              uint32_t bit = 0;
+              SMClearHashTable(table, sizeof table);
+              EXPECT_EQ(SMAcquireHashID(table, sizeof table, SM_HASH_ID_LOWEST_FREE), 1U);
+              EXPECT_EQ(SMAcquireHashID(table, sizeof table, SM_HASH_ID_AFTER_HIGHEST), 2U);
+              EXPECT_EQ(SMAcquireHashIDByID(table, sizeof table, 9), SM_STATUS_SUCCESS);
+              EXPECT_EQ(SMVerifyHashID(table, sizeof table, 9), SM_STATUS_SUCCESS);
+              EXPECT_EQ(SMFindFirstHashID(table, sizeof table, &word, &bit), 1U);
+              EXPECT_EQ(SMFindNextHashID(table, sizeof table, &word, &bit), 2U);
+              EXPECT_EQ(SMGetMinInUseID(table, sizeof table), 1U);
+              EXPECT_EQ(SMGetMaxInUseID(table, sizeof table), 9U);
+              EXPECT_EQ(SMReleaseHashID(table, sizeof table, 9), SM_STATUS_SUCCESS);
+            }),
+            0U);
 }
 
 }  // namespace

@@ -213,6 +213,30 @@ TEST_P(AllFour, ThatMayNotWriteAllFailAndKeepWhatWasWritten) {
   EXPECT_EQ(content_of(destination_), text.substr(0, 50000));
 }
 
+// The permission bits are set when all is written: until then a new file has those that it was
+// created with, and one that is copied over its own.
+TEST_P(AllFour, ThatFailOnTheWaySetNoPermissionBits) {
+  put(source_, text_of(100000));
+  chmod(source_.c_str(), 0666);
+  struct rlimit old {};
+  getrlimit(RLIMIT_FSIZE, &old);
+  signal(SIGXFSZ, SIG_IGN);
+  const mode_t before = umask(027);
+  const struct rlimit limit = {50000, old.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &limit);
+  const SMStatus created = call(GetParam());
+  const unsigned mode_of_created = mode_of(destination_);
+  chmod(destination_.c_str(), 0604);
+  const SMStatus again = call(GetParam());
+  setrlimit(RLIMIT_FSIZE, &old);
+  signal(SIGXFSZ, SIG_DFL);
+  umask(before);
+  EXPECT_EQ(created, kFailed);
+  EXPECT_EQ(mode_of_created, 0640U);
+  EXPECT_EQ(again, kFailed);
+  EXPECT_EQ(mode_of(destination_), 0604U);
+}
+
 // ---- Onto itself ----
 
 TEST_P(AllFour, LeaveAFileThatIsBothAsItIs) {

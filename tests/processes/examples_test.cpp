@@ -17,13 +17,18 @@
 
 #include "gtest/gtest.h"
 #include "kqsupt.h"
+#include "log/event_logs.h"
 #include "support/program.h"
 
 namespace {
 
 using kqsupt::tests::built_program;
 using kqsupt::tests::Command;
+using kqsupt::tests::content_of;
 using kqsupt::tests::Outcome;
+using kqsupt::tests::own_log;
+using kqsupt::tests::parse_text_log;
+using kqsupt::tests::parse_xml_log;
 using kqsupt::tests::run;
 using kqsupt::tests::run_native;
 using kqsupt::tests::with_runner;
@@ -464,6 +469,26 @@ TEST(Exchange, TheReaderFindsTheRecordByItsName) {
   const Outcome outcome = exchange("collector", "reader");
   ASSERT_EQ(outcome.exit_status, 0) << outcome.err;
   EXPECT_EQ(parse(outcome.out).at("kernel/release"), this_system().release);
+}
+
+TEST(Exchange, TheReaderLogsWhatItReceived) {
+  for (const uint32_t log : {SM_LOG_TEXT, SM_LOG_XML}) {
+    unlink(own_log(log).c_str());
+  }
+  ASSERT_EQ(exchange("collector", "reader").exit_status, 0);
+  const auto records = parse_text_log(content_of(own_log(SM_LOG_TEXT)));
+  ASSERT_TRUE(records.has_value());
+  ASSERT_EQ(records->size(), 1U);
+  EXPECT_EQ(records->at(0).id, 1001U);
+  EXPECT_EQ(records->at(0).source, "reader");
+  EXPECT_TRUE(records->at(0).description.starts_with("The record of this machine was received: "));
+  EXPECT_EQ(records->at(0).dump.size(), 2U * 81);
+  const auto elements = parse_xml_log(content_of(own_log(SM_LOG_XML)));
+  ASSERT_TRUE(elements.has_value());
+  ASSERT_EQ(elements->size(), 1U);
+  EXPECT_EQ(kqsupt::tests::child(elements->at(0), "Description"), records->at(0).description);
+  // A program that knows nothing of us reads it, too.
+  EXPECT_EQ(run_native({"xmllint", "--noout", own_log(SM_LOG_XML)}).exit_status, 0);
 }
 
 TEST(Exchange, AReaderMayWaitForTheCollector) {
