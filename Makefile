@@ -1,6 +1,6 @@
 # The front door. Each target installs the Debian packages it needs, builds, and runs.
 
-.PHONY: all demo check check-i686 tsan fuzz bench format
+.PHONY: all demo check check-i686 tsan coverage fuzz bench format
 
 all:
 	@tools/build native
@@ -18,6 +18,10 @@ check-i686:
 # What threads share, under the thread sanitizer.
 tsan:
 	@tools/tsan
+
+# How much of the library the tests reach.
+coverage:
+	@tools/coverage
 
 # Each fuzz target for a minute.
 fuzz:

@@ -2,6 +2,7 @@
 # kqsupt_library_flags too for what goes into a shared library.
 
 set(KQSUPT_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+option(KQSUPT_COVERAGE "Count what is reached in the library" OFF)
 option(KQSUPT_FUZZ "Build the library and the fuzz targets for libFuzzer, and nothing else" OFF)
 
 add_library(kqsupt_flags INTERFACE)
@@ -15,6 +16,12 @@ target_compile_options(kqsupt_library_flags INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti> -fPIC -fvisibility=hidden
   $<$<COMPILE_LANGUAGE:CXX>:-fvisibility-inlines-hidden>)
 target_link_options(kqsupt_library_flags INTERFACE -static-libstdc++ -static-libgcc)
+
+if(KQSUPT_COVERAGE)
+  # Atomic counts: several threads and processes add to them. A process that is killed adds nothing.
+  target_compile_options(kqsupt_library_flags INTERFACE --coverage -fprofile-update=atomic -Og)
+  target_link_options(kqsupt_library_flags INTERFACE --coverage)
+endif()
 
 if(KQSUPT_FUZZ)
   # Another compiler, whose warnings differ: which ones count is told by the other presets. What the
