@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "event_log_bench.h"
 #include "many_processes.h"
 #include "measure.h"
 #include "ratio_table.h"
@@ -17,10 +18,8 @@ namespace {
 constexpr const char* kFloor = "floor";
 constexpr const char* kText = "text";
 constexpr const char* kOne = "one";
-constexpr size_t kEvents = 1000;
 constexpr int kProcesses = 8;
 constexpr uint32_t kMaxSize = 4194304;
-const std::string kDescription(200, 'd');
 
 std::string log_path(uint32_t log) {
   char path[512];
@@ -41,7 +40,7 @@ const char* no_log(uint32_t log) {
 
 void append(uint32_t log, size_t count) {
   for (size_t i = 0; i < count; ++i) {
-    require(SMAppendToLog(log, SM_EVENT_INFORMATION, 1, 1001, "bench", kDescription.c_str(),
+    require(SMAppendToLog(log, SM_EVENT_INFORMATION, 1, 1001, "bench", kEventDescription.c_str(),
                           nullptr, 0) == 0);
   }
 }
@@ -80,7 +79,6 @@ void do_floor(size_t count) {
   }
 }
 
-constexpr const char* kTextRow = "events/text";
 constexpr const char* kXmlRow = "events/xml";
 constexpr const char* kManyRow = "events/8 processes";
 
@@ -102,13 +100,13 @@ void add_processes(const char* contestant, int processes) {
 
 const bool kAdded = [] {
   add_family({"event log",
-              {kFloor, kText, kOne},
-              {{kTextRow, "an event of 200 characters, text", 1.3, kFloor},
+              {kFloor, "log4cplus", kText, kOne},
+              {{kTextEventRow, "an event of 200 characters, text", 1.3, kFloor},
                {kXmlRow, "the same, XML", 1.5, kText},
                {kManyRow, "8 processes at once, beside one", 1.25, kOne}}});
-  add_appends(kTextRow, kOurs, SM_LOG_TEXT);
+  add_appends(kTextEventRow, kOurs, SM_LOG_TEXT);
   add_measurement(
-      kTextRow, kFloor, kEvents, [] { return kEvents; }, do_floor);
+      kTextEventRow, kFloor, kEvents, [] { return kEvents; }, do_floor);
   add_appends(kXmlRow, kOurs, SM_LOG_XML);
   add_appends(kXmlRow, kText, SM_LOG_TEXT);
   add_processes(kOurs, kProcesses);
