@@ -5,7 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <string_view>
 
 #include "event_log_bench.h"
 #include "many_processes.h"
@@ -54,8 +57,15 @@ size_t event_size() {
   return (static_cast<size_t>(about.st_size) - 256) / 2;
 }
 
-// Opens and locks a lock file, opens the log and looks at it, writes as many bytes as an event has,
-// and gives all of it up, when the bits of the lock file are compared with those of the log.
+void lock_as(int file, short type) {
+  struct flock lock {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  require(fcntl(file, F_SETLKW, &lock) == 0);
+}
+
+// Looks how large the log is, opens and locks a lock file, opens the log and looks again, writes as
+// many bytes as an event has, and gives all of it up.
 void do_floor(size_t count) {
   static const std::string log = no_log(SM_LOG_TEXT);
   static const std::string lock_file = log + ".lock";
@@ -64,23 +74,21 @@ void do_floor(size_t count) {
   close(open(log.c_str(), O_WRONLY | O_CREAT, 0664));
   for (size_t i = 0; i < count; ++i) {
     struct stat about {};
+    require(stat(log.c_str(), &about) == 0);
     const int held = open(lock_file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    struct flock lock {};
-    lock.l_type = F_WRLCK;
-    require(fcntl(held, F_SETLKW, &lock) == 0);
+    lock_as(held, F_WRLCK);
     const int file = open(log.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
     require(fstat(file, &about) == 0);
     require(write(file, record.data(), record.size()) == static_cast<ssize_t>(record.size()));
     close(file);
-    require(stat(log.c_str(), &about) == 0 && fstat(held, &about) == 0);
-    lock.l_type = F_UNLCK;
-    require(fcntl(held, F_SETLKW, &lock) == 0);
+    lock_as(held, F_UNLCK);
     close(held);
   }
 }
 
 constexpr const char* kXmlRow = "events/xml";
-constexpr const char* kManyRow = "events/8 processes";
+constexpr const char* kManyTextRow = "events/text of 8 processes";
+constexpr const char* kManyXmlRow = "events/XML of 8 processes";
 
 void add_appends(const char* row, const char* contestant, uint32_t log) {
   add_measurement(
@@ -88,14 +96,49 @@ void add_appends(const char* row, const char* contestant, uint32_t log) {
       [log](const char*) { append(log, kEvents); });
 }
 
-// By the clock on the wall; every event is there at the end.
-void add_processes(const char* contestant, int processes) {
+// What each event of a log has once.
+std::string mark_of(uint32_t log) {
+  if (log == SM_LOG_XML) {
+    return "<LogEntry>";
+  }
+  std::string units;
+  for (const char16_t unit : std::u16string_view(u"EventID: ")) {
+    units.append(reinterpret_cast<const char*>(&unit), sizeof unit);
+  }
+  return units;
+}
+
+// A log that is not there yet, and in the end has each event that was appended to it.
+class CountedLog {
+ public:
+  CountedLog(uint32_t log, size_t events) : log_(log), events_(events), path_(no_log(log)) {}
+  ~CountedLog() {
+    std::ifstream file(path_, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::string mark = mark_of(log_);
+    size_t count = 0;
+    for (size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += mark.size()) {
+      ++count;
+    }
+    require(count == events_);
+  }
+  CountedLog(const CountedLog&) = delete;
+  CountedLog& operator=(const CountedLog&) = delete;
+
+ private:
+  uint32_t log_;
+  size_t events_;
+  const char* path_;
+};
+
+// By the clock on the wall, and as many events however many processes write them: fewer than come
+// to a backup.
+void add_processes(const char* row, const char* contestant, uint32_t log, int processes) {
+  constexpr size_t kAll = 3200;
+  const size_t each = kAll / static_cast<size_t>(processes);
   add_process_measurement(
-      kManyRow, contestant, processes, kEvents * kProcesses / static_cast<size_t>(processes),
-      [] { return no_log(SM_LOG_TEXT); },
-      [processes](const char*) {
-        append(SM_LOG_TEXT, kEvents * kProcesses / static_cast<size_t>(processes));
-      });
+      row, contestant, processes, each, [log] { return CountedLog(log, kAll); },
+      [=](const CountedLog&) { append(log, each); });
 }
 
 const bool kAdded = [] {
@@ -103,14 +146,17 @@ const bool kAdded = [] {
               {kFloor, "log4cplus", kText, kOne},
               {{kTextEventRow, "an event of 200 characters, text", 1.3, kFloor},
                {kXmlRow, "the same, XML", 1.5, kText},
-               {kManyRow, "8 processes at once, beside one", 1.25, kOne}}});
+               {kManyTextRow, "text, 8 processes at once beside one", 1.25, kOne},
+               {kManyXmlRow, "XML, 8 processes at once beside one", 1.25, kOne}}});
   add_appends(kTextEventRow, kOurs, SM_LOG_TEXT);
   add_measurement(
       kTextEventRow, kFloor, kEvents, [] { return kEvents; }, do_floor);
   add_appends(kXmlRow, kOurs, SM_LOG_XML);
   add_appends(kXmlRow, kText, SM_LOG_TEXT);
-  add_processes(kOurs, kProcesses);
-  add_processes(kOne, 1);
+  add_processes(kManyTextRow, kOurs, SM_LOG_TEXT, kProcesses);
+  add_processes(kManyTextRow, kOne, SM_LOG_TEXT, 1);
+  add_processes(kManyXmlRow, kOurs, SM_LOG_XML, kProcesses);
+  add_processes(kManyXmlRow, kOne, SM_LOG_XML, 1);
   return true;
 }();
 

@@ -53,9 +53,8 @@ mode_t guarded_mode(const char* path) {
   return stat(path, &about) == 0 ? about.st_mode & kPermissionBits : 0644;
 }
 
-void align_permissions(const FileDescriptor& lock_file, const char* guarded) {
+void align_permissions(const FileDescriptor& lock_file, mode_t mode) {
   struct stat about {};
-  const mode_t mode = guarded_mode(guarded);
   if (fstat(lock_file.get(), &about) == 0 && (about.st_mode & kPermissionBits) != mode) {
     // Only its owner may; whoever else could lock it goes on doing so.
     (void)fchmod(lock_file.get(), mode);
@@ -72,7 +71,7 @@ void prepare_lock_file(const PathLock& lock) {
   const FileDescriptor file =
       FileDescriptor::open(lock.header.name, O_RDONLY | O_CREAT | kLockFileFlags, 0600);
   if (file.is_open()) {
-    align_permissions(file, lock.path.get());
+    align_permissions(file, guarded_mode(lock.path.get()));
     return;
   }
   const FileDescriptor place = FileDescriptor::open(lock.header.name, O_PATH | O_NOFOLLOW);
@@ -168,8 +167,16 @@ SMStatus unlock_path(PathLock* lock) {
   if (!is_object(lock)) {
     return SM_STATUS_INVALID_PARAMETER;
   }
+  const bool is_exclusive = lock->state == static_cast<uint32_t>(PathLockMode::kExclusive);
+  return unlock_path(lock, is_exclusive ? guarded_mode(lock->path.get()) : 0);
+}
+
+SMStatus unlock_path(PathLock* lock, mode_t guarded_mode) {
+  if (!is_object(lock)) {
+    return SM_STATUS_INVALID_PARAMETER;
+  }
   if (lock->state == static_cast<uint32_t>(PathLockMode::kExclusive)) {
-    align_permissions(lock->file, lock->path.get());
+    align_permissions(lock->file, guarded_mode & kPermissionBits);
   }
   lock->state = PathLock::kUnlocked;
   unlock_file(lock->file.get());

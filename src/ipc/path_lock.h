@@ -12,7 +12,10 @@
 // mutex of the table for a moment, then the registry's, then one INI file's.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
+#include <optional>
 
 #include "kqsupt/frame.h"
 
@@ -31,6 +34,9 @@ enum class PathLockMode : uint32_t { kShared = 1, kExclusive = 2 };
 // SM_STATUS_INVALID_PARAMETER for no lock or another mode.
 [[nodiscard]] SMStatus lock_path(PathLock* lock, PathLockMode mode, bool wait);
 SMStatus unlock_path(PathLock* lock);
+// The same for who has the guarded file open and knows its permission bits, which the lock file
+// takes over: they are not looked up once more.
+SMStatus unlock_path(PathLock* lock, mode_t guarded_mode);
 
 // Holds the lock of a path for a scope.
 class PathLockGuard {
@@ -40,7 +46,7 @@ class PathLockGuard {
         status_(lock_ != nullptr ? lock_path(lock_, mode, wait) : SMStatus{SM_STATUS_NO_MEMORY}) {}
   ~PathLockGuard() {
     if (status_ == SM_STATUS_SUCCESS) {
-      unlock_path(lock_);
+      (void)(mode_.has_value() ? unlock_path(lock_, *mode_) : unlock_path(lock_));
     }
   }
   PathLockGuard(const PathLockGuard&) = delete;
@@ -49,9 +55,13 @@ class PathLockGuard {
   // SM_STATUS_NO_MEMORY when there is no lock for the path, else what locking it answered.
   [[nodiscard]] SMStatus status() const { return status_; }
 
+  // Tells the bits that the file has at the end of the scope, or that they are not known.
+  void tell_mode(std::optional<mode_t> mode) { mode_ = mode; }
+
  private:
   PathLock* lock_;
   SMStatus status_;
+  std::optional<mode_t> mode_;
 };
 
 }  // namespace kqsupt::ipc

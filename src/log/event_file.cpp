@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 
 #include "config/directories.h"
 #include "config/file_commit.h"
@@ -50,8 +51,8 @@ LockedLog::LockedLog(const char* path, int access, Missing missing)
   size_ = about.st_size;
   is_regular_ = S_ISREG(about.st_mode);
   const mode_t mode = is_new_ ? kNewMode : about.st_mode & kKeptBits;
-  if ((about.st_mode & kAllBits) != mode) {
-    (void)fchmod(file_.get(), mode);  // only its owner may
+  if ((about.st_mode & kAllBits) == mode || fchmod(file_.get(), mode) == 0) {  // only its owner may
+    lock_.tell_mode(mode);
   }
 }
 
@@ -87,6 +88,7 @@ bool LockedLog::back_up_when_full(uint64_t growth, uint32_t max_size) {
   }
   make_backup_name(backup.get());
   // The name goes over to the new backup in one step: there is no moment without one.
+  lock_.tell_mode(std::nullopt);
   return rename(path_, backup.get()) == 0;
 }
 
@@ -109,6 +111,7 @@ SMStatus LockedLog::write(off_t offset, std::string_view bytes, std::string_view
 // What is left of the bytes is nobody's yet: the file is still locked.
 void LockedLog::take_back(off_t offset, std::string_view replaced) {
   if (is_new_) {
+    lock_.tell_mode(std::nullopt);
     unlink(path_);
     return;
   }

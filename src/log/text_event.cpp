@@ -7,7 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstdio>
+#include <charconv>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <optional>
@@ -92,35 +93,46 @@ uint64_t estimate(const Event& event, uint32_t source_units, uint32_t descriptio
   return (uint64_t{source_units} + (event.data_size / 16 + 1) * 83 + 1024 + description_units) * 2;
 }
 
-// The calendar of the last event of this process. Events come many in a second, and asking what zone
-// this is takes as long as the rest of composing one. Whoever comes while somebody else looks at it
-// does without, also a child that was made meanwhile.
+// The calendar of the last event of this process. Events come many in a second, and asking what
+// zone this is takes as long as the rest of composing one. Whoever comes while somebody else looks
+// at it does without, also a child that was made meanwhile.
 struct Calendar {
   time_t seconds;
+  bool has_zone;  // whether the environment named a zone: one without a name is UTC
+  char zone[64];
   char text[32];
 };
 constinit ipc::LocalMutex calendar_mutex;
 constinit Calendar calendar{};
 
 // As the calendar of the C library writes it, without its line end.
+void ask_calendar(time_t seconds, char (&text)[sizeof Calendar::text]) {
+  if (ctime_s(text, sizeof text, &seconds) != 0) {
+    text[0] = '\0';
+  }
+  text[std::strcspn(text, "\n")] = '\0';
+}
+
 const char* now(char (&text)[sizeof Calendar::text]) {
   const time_t seconds = time(nullptr);
-  const bool mine = calendar_mutex.lock_within(0) == SM_STATUS_SUCCESS;
-  if (mine && calendar.seconds == seconds && calendar.text[0] != '\0') {
-    std::copy_n(calendar.text, sizeof text, text);
-  } else {
-    if (ctime_s(text, sizeof text, &seconds) != 0) {
-      text[0] = '\0';
-    }
-    text[std::strcspn(text, "\n")] = '\0';
-    if (mine) {
-      calendar.seconds = seconds;
-      std::copy_n(text, sizeof text, calendar.text);
-    }
+  // A process may move to another zone from one event to the next.
+  const char* const given = std::getenv("TZ");
+  const char* const zone = given != nullptr ? given : "";
+  const bool mine = std::strlen(zone) < sizeof calendar.zone &&
+                    calendar_mutex.lock_within(0) == SM_STATUS_SUCCESS;
+  if (!mine) {
+    ask_calendar(seconds, text);
+    return text;
   }
-  if (mine) {
-    calendar_mutex.unlock();
+  if (calendar.text[0] == '\0' || calendar.seconds != seconds ||
+      calendar.has_zone != (given != nullptr) || std::strcmp(calendar.zone, zone) != 0) {
+    calendar.seconds = seconds;
+    calendar.has_zone = given != nullptr;
+    std::strcpy(calendar.zone, zone);
+    ask_calendar(seconds, calendar.text);
   }
+  std::copy_n(calendar.text, sizeof text, text);
+  calendar_mutex.unlock();
   return text;
 }
 
@@ -138,18 +150,29 @@ class Record {
     if (string_.content == nullptr) {
       return SM_STATUS_NO_MEMORY;
     }
-    char lines[512];
-    std::snprintf(lines, sizeof lines, "EventID: %u\r\nSource: ", event.id);
     SMStatus status = text::append_units(string_, kHeader.data(), kHeader.size())
-                          ? append_converted(string_, lines)
+                          ? SMStatus{SM_STATUS_SUCCESS}
                           : SMStatus{SM_STATUS_NO_MEMORY};
-    add(event.source, &status);
+    char id[16];
+    *std::to_chars(id, id + sizeof id, event.id).ptr = '\0';
     char time_text[sizeof Calendar::text];
     char host[256];
-    std::snprintf(lines, sizeof lines,
-                  "\r\nCategory: %s\r\n%sDate and Time: %s\r\nComputer: %s\r\nDescription:\r\n",
-                  category, type, now(time_text), name_of_host(host));
-    add(lines, &status);
+    const char* const parts[] = {"EventID: ",
+                                 id,
+                                 "\r\nSource: ",
+                                 event.source,
+                                 "\r\nCategory: ",
+                                 category,
+                                 "\r\n",
+                                 type,
+                                 "Date and Time: ",
+                                 now(time_text),
+                                 "\r\nComputer: ",
+                                 name_of_host(host),
+                                 "\r\nDescription:\r\n"};
+    for (const char* part : parts) {
+      add(part, &status);
+    }
     add(event.description, &status);
     add("\r\nData: Bytes in Hex\r\n", &status);
     if (status == SM_STATUS_SUCCESS && event.data_size != 0) {

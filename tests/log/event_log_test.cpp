@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "gtest/gtest.h"
+#include "ipc/named.h"
 #include "log/event_logs.h"
 #include "support/guarded.h"
 #include "support/mounted.h"
@@ -20,6 +21,7 @@ using kqsupt::tests::content_of;
 using kqsupt::tests::Guarded;
 using kqsupt::tests::header_block;
 using kqsupt::tests::is_time_since;
+using kqsupt::tests::lock_file_of_path;
 using kqsupt::tests::mode_of;
 using kqsupt::tests::narrow;
 using kqsupt::tests::own_log;
@@ -315,6 +317,46 @@ TEST_F(EventLog, KeepsTheBitsForReadingAndWriting) {
     EXPECT_EQ(mode_of(text_), mode & 01666);
     EXPECT_EQ(mode_of(xml_), mode & 01666);
   }
+}
+
+// Whoever may write to the log may lock it.
+TEST_F(EventLog, ItsLockFileHasItsBits) {
+  for (const unsigned mode : {0600U, 0640U, 0666U, 0755U}) {
+    for (const std::string& path : {text_, xml_}) {
+      EXPECT_EQ(append(SM_LOG_TEXT | SM_LOG_XML), 0U);
+      chmod(path.c_str(), mode);
+      EXPECT_EQ(append(SM_LOG_TEXT | SM_LOG_XML), 0U);
+      EXPECT_EQ(mode_of(lock_file_of_path(path)), mode & 01666);
+      unlink(path.c_str());
+      EXPECT_EQ(append(SM_LOG_TEXT | SM_LOG_XML), 0U);
+      EXPECT_EQ(mode_of(lock_file_of_path(path)), 0664U);
+    }
+  }
+}
+
+TEST_F(EventLog, TellsTheLocalTimeOfEachEvent) {
+  struct Zone {
+    const char* name;
+    time_t seconds;  // east
+  };
+  // All of them in a second or two.
+  for (const Zone& zone :
+       {Zone{"XYZ-5:30", 19800}, {"", 0}, {"ABC3", -10800}, {"XYZ-5:30", 19800}}) {
+    setenv("TZ", zone.name, 1);
+    const time_t before = time(nullptr);
+    EXPECT_EQ(append(SM_LOG_TEXT), 0U);
+    bool is_told = false;
+    for (time_t second = before; second <= time(nullptr); ++second) {
+      char expected[64];
+      const time_t shifted = second + zone.seconds;
+      tm broken{};
+      std::strftime(expected, sizeof expected, "%a %b %e %H:%M:%S %Y", gmtime_r(&shifted, &broken));
+      is_told = is_told || records().back().time == expected;
+    }
+    EXPECT_TRUE(is_told) << zone.name << ": " << records().back().time;
+  }
+  unsetenv("TZ");
+  tzset();
 }
 
 TEST_F(EventLog, GoesToTheLogsThatAreMeant) {
