@@ -19,14 +19,6 @@ target_compile_options(kqsupt_library_flags INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-fvisibility-inlines-hidden>)
 target_link_options(kqsupt_library_flags INTERFACE -static-libstdc++ -static-libgcc)
 
-if(KQSUPT_COVERAGE)
-  # Atomic counts: several threads and processes add to them. A process that is killed adds nothing.
-  target_compile_options(kqsupt_library_flags INTERFACE --coverage -fprofile-update=atomic)
-  target_link_options(kqsupt_library_flags INTERFACE --coverage)
-  # Less is known of what is not inlined: this warning is set off where nothing is wrong.
-  target_compile_options(kqsupt_flags INTERFACE -Wno-maybe-uninitialized)
-endif()
-
 if(KQSUPT_FUZZ)
   # Another compiler, whose warnings differ: which ones count is told by the other presets. What the
   # instrumented library calls of libFuzzer and the sanitizers is in the programs that load it.
@@ -34,6 +26,14 @@ if(KQSUPT_FUZZ)
 else()
   target_compile_options(kqsupt_flags INTERFACE -Wall -Wextra -Wshadow -Wconversion -Werror)
   target_link_options(kqsupt_library_flags INTERFACE -Wl,-z,defs,--no-undefined)
+endif()
+
+if(KQSUPT_COVERAGE)
+  # Atomic counts: several threads and processes add to them. A process that is killed adds nothing.
+  target_compile_options(kqsupt_library_flags INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(kqsupt_library_flags INTERFACE --coverage)
+  # The counting sets off this warning where nothing is wrong.
+  target_compile_options(kqsupt_flags INTERFACE -Wno-maybe-uninitialized)
 endif()
 
 if(KQSUPT_SANITIZE)
