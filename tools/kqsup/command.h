@@ -1,0 +1,37 @@
+// What every command of kqsup shares. Looking never repairs, creates, locks for writing or waits.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace kqsup {
+
+// What the program ends with.
+enum class Outcome : int {
+  kAllRight = 0,
+  kFoundWrong = 1,    // what was looked at has something wrong
+  kCouldNotLook = 2,  // or the command line asked for what there is not
+};
+
+// One run of the program. Commands print to the standard output, and what they have to say about
+// what they could not do to the standard error.
+struct Run {
+  bool as_json = false;  // --json, which may stand behind any command
+  Outcome outcome = Outcome::kAllRight;
+
+  // The worst of what was told is what the program ends with.
+  void tell(Outcome found) {
+    if (static_cast<int>(found) > static_cast<int>(outcome)) {
+      outcome = found;
+    }
+  }
+};
+
+// Each adds its commands, which work on `run` when they are called.
+void add_ipc_commands(CLI::App& app, Run& run);
+void add_log_commands(CLI::App& app, Run& run);
+void add_sdo_commands(CLI::App& app, Run& run);
+void add_ini_commands(CLI::App& app, Run& run);
+void add_paths_command(CLI::App& app, Run& run);
+void add_doctor_command(CLI::App& app, Run& run);
+
+}  // namespace kqsup
