@@ -106,7 +106,7 @@ void LockedLog::settle_mode() {
 }
 
 bool LockedLog::cut_to(off_t size) {
-  if (ftruncate(file_.get(), size) != 0) {
+  if (!file_.truncate(size)) {
     return false;
   }
   size_ = size;
