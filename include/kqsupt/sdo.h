@@ -89,20 +89,20 @@ KQSUPT_API uint32_t SMSDOConfigGetCount(const SMSDOConfig* config);
  * @param[in,out] config the record, which stays the caller's.
  * @param[in] id the ID of the entry.
  * @param[in] type the type byte of the entry.
- * @param[in] data the value, `size` bytes that stay the caller's and are copied; for SDO_TYPE_CONFIG
- *     the child, or an array of pointers to children that stays the caller's, of which the record
- *     takes the children over on success.
+ * @param[in] data the value, `size` bytes that stay the caller's and are copied; for
+ *     SDO_TYPE_CONFIG the child, or an array of pointers to children that stays the caller's, of
+ *     which the record takes the children over on success.
  * @param[in] size the size of the value; for a single child any value but 0; for an array of
  *     children the bytes of the array, a whole number of pointers.
  * @param[in] replace 1 to replace an entry with that ID; with any other value its presence is an
  *     error.
  * @retval SM_STATUS_SUCCESS the entry was added or replaced.
  * @retval SM_STATUS_INVALID_PARAMETER `config` or `data` NULL, ID not valid, `type` or `size` 0, an
- *     array of children that is not a whole number of pointers, a block without a record's signature
- *     or larger than `size`, or `config` itself as a child.
- * @retval SM_STATUS_OUT_OF_SPACE the record has 65,535 entries or would grow to 65,536 bytes or more
- *     with this entry, not counting what a replaced one would give back, or the array has more than
- *     65,535 children, NULLs included.
+ *     array of children that is not a whole number of pointers, a block without a record's
+ *     signature or larger than `size`, or `config` itself as a child.
+ * @retval SM_STATUS_OUT_OF_SPACE the record has 65,535 entries or would grow to 65,536 bytes or
+ *     more with this entry, not counting what a replaced one would give back, or the array has more
+ *     than 65,535 children, NULLs included.
  * @retval SM_STATUS_NO_MEMORY memory is short.
  * @retval SM_STATUS_ALREADY_EXISTS an entry has the ID and `replace` is not 1.
  * @retval SM_STATUS_OPERATION_FAILED an element of an array of blocks is not a record, as
@@ -204,8 +204,8 @@ KQSUPT_API SMSDOConfig* SMSDOBinaryToConfig(const void* binary);
 
 /** Serializes records to an array block.
  *
- * Records that do not fit, or that would make the array 65,536 bytes or larger, are left out without
- * an error: compare the size that all of them need with that of the buffer.
+ * Records that do not fit, or that would make the array 65,536 bytes or larger, are left out
+ * without an error: compare the size that all of them need with that of the buffer.
  * @param[in] configs `count` records, borrowed for the call; NULL pointers among them are skipped.
  * @param[in] count the number of pointers at `configs`.
  * @param[out] buffer the caller's; receives the array. NULL to ask for the size.
@@ -296,9 +296,9 @@ KQSUPT_API SMStatus SMSDOBinaryGetDataByIndex(const void* binary, uint32_t index
 
 /** Changes the value of an entry inside a block.
  *
- * A value of the same size, or one of up to 4 bytes for another such, is overwritten in its place, a
- * shorter one leaving the rest of its slot as it was; otherwise the block is rebuilt, with the new
- * value added as SMSDOConfigAddData does.
+ * A value of the same size, or one of up to 4 bytes for another such, is overwritten in its place,
+ * a shorter one leaving the rest of its slot as it was; otherwise the block is rebuilt, with the
+ * new value added as SMSDOConfigAddData does.
  * @param[in,out] binary the block, in a buffer of `*capacity` bytes that stays the caller's.
  * @param[in,out] capacity the caller's; the size of the buffer, and receives the size of the block
  *     on success.
@@ -308,9 +308,9 @@ KQSUPT_API SMStatus SMSDOBinaryGetDataByIndex(const void* binary, uint32_t index
  *     inside the block. For SDO_TYPE_BINARY a block.
  * @param[in] size the size of the value.
  * @retval SM_STATUS_SUCCESS the value was changed.
- * @retval SM_STATUS_INVALID_PARAMETER `binary`, `capacity` or `data` NULL, `type` or `size` 0, ID not
- *     valid, or not a record; or the new value is a block without a record's signature or larger
- *     than `size`.
+ * @retval SM_STATUS_INVALID_PARAMETER `binary`, `capacity` or `data` NULL, `type` or `size` 0, ID
+ *     not valid, or not a record; or the new value is a block without a record's signature or
+ *     larger than `size`.
  * @retval SM_STATUS_BUFFER_TOO_SMALL `*capacity` below 16; or below the size that the block would
  *     have, which it receives; or the block cannot be rebuilt, for lack of memory, say.
  * @retval SM_STATUS_DATA_NOT_FOUND no entry has both the ID and the type.
@@ -396,8 +396,8 @@ KQSUPT_API SMStatus SMSDOBinaryArrayInitHeader(void* buffer, uint32_t size);
  * The element is not checked: it must be a whole block of that size, or what comes after it is not
  * found.
  * @param[in,out] array the array, in a buffer of `*capacity` bytes that stays the caller's.
- * @param[in,out] capacity the caller's; the size of the buffer, and receives the size that the array
- *     would have where that is more.
+ * @param[in,out] capacity the caller's; the size of the buffer, and receives the size that the
+ *     array would have where that is more.
  * @param[in] element the block, which stays the caller's and is copied.
  * @param[in] elementSize the size of the block.
  * @retval SM_STATUS_SUCCESS the element was appended.
@@ -413,8 +413,8 @@ KQSUPT_API SMStatus SMSDOBinaryArrayAddData(void* array, uint32_t* capacity, con
  * @param[in] index the position in the array, from 0.
  * @param[out] buffer the caller's; receives the element when `*size` is enough. NULL to ask for the
  *     size.
- * @param[in,out] size the caller's; the size of `buffer`, and receives the size of the element, also
- *     with SM_STATUS_BUFFER_TOO_SMALL.
+ * @param[in,out] size the caller's; the size of `buffer`, and receives the size of the element,
+ *     also with SM_STATUS_BUFFER_TOO_SMALL.
  * @retval SM_STATUS_SUCCESS the element was copied.
  * @retval SM_STATUS_INVALID_PARAMETER `array` or `size` NULL.
  * @retval SM_STATUS_OPERATION_FAILED not an array, or the element is not a record.
