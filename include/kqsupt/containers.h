@@ -43,17 +43,17 @@ typedef struct SMSLList {
 typedef int32_t (*SMSLListCallback)(void* key, SMSLListEntry* entry, uint32_t reserved);
 
 /** Makes an empty list on the heap.
- * @return The list, which the caller releases with SMSListFree; NULL when memory is short. */
-KQSUPT_API SMSList* SMSListAlloc(void);
+ * @return The list, which the caller releases with SMSLListFree; NULL when memory is short. */
+KQSUPT_API SMSLList* SMSLListAlloc(void);
 
 /** Makes a list that the caller provides empty, whatever it held.
  * @param[out] list the list, which stays the caller's; NULL is ignored. */
-KQSUPT_API void SMSListInitNoAlloc(SMSList* list);
+KQSUPT_API void SMSLListInitNoAlloc(SMSLList* list);
 
-/** Frees a list of SMSListAlloc, and none of its entries.
+/** Frees a list of SMSLListAlloc, and none of its entries.
  * @param[in] list the list, which the call takes over and frees; its entries stay the caller's.
  *     NULL is ignored. */
-KQSUPT_API void SMSListFree(SMSList* list);
+KQSUPT_API void SMSLListFree(SMSLList* list);
 
 /** Makes an entry that is on no list.
  *
@@ -61,30 +61,31 @@ KQSUPT_API void SMSListFree(SMSList* list);
  * in the same block and are aligned as a pointer is; with `payloadSize` 0 it is NULL, for the
  * caller to set.
  * @param[in] payloadSize the size of the payload in bytes; may be 0.
- * @return The entry, which the caller releases with SMSListEntryFree; NULL when memory is short. */
-KQSUPT_API SMSListEntry* SMSListEntryAlloc(uint32_t payloadSize);
+ * @return The entry, which the caller releases with SMSLListEntryFree; NULL when memory is short.
+ *     */
+KQSUPT_API SMSLListEntry* SMSLListEntryAlloc(uint32_t payloadSize);
 
 /** Clears the links of an entry that the caller provides. Its data pointer stays.
  * @param[in,out] entry the entry, which stays the caller's; NULL is ignored. */
-KQSUPT_API void SMSListEntryInitNoAlloc(SMSListEntry* entry);
+KQSUPT_API void SMSLListEntryInitNoAlloc(SMSLListEntry* entry);
 
-/** Clears the data pointer of an entry of SMSListEntryAlloc and frees it, with the payload that
+/** Clears the data pointer of an entry of SMSLListEntryAlloc and frees it, with the payload that
  * follows it.
  * @param[in] entry the entry, on no list, which the call takes over and frees; what the caller set
  *     its data pointer to stays the caller's. NULL is ignored. */
-KQSUPT_API void SMSListEntryFree(SMSListEntry* entry);
+KQSUPT_API void SMSLListEntryFree(SMSLListEntry* entry);
 
 /** Links an entry before the first one.
  * @param[in,out] list the list, which stays the caller's; nothing is done when it is NULL.
  * @param[in,out] entry the entry, on no list. It stays the caller's; the list keeps the pointer
  *     until the entry is taken off. Nothing is done when it is NULL. */
-KQSUPT_API void SMSListInsertEntryAtHead(SMSList* list, SMSListEntry* entry);
+KQSUPT_API void SMSLListInsertEntryAtHead(SMSLList* list, SMSLListEntry* entry);
 
 /** Links an entry after the last one.
  * @param[in,out] list the list, which stays the caller's; nothing is done when it is NULL.
  * @param[in,out] entry the entry, on no list. It stays the caller's; the list keeps the pointer
  *     until the entry is taken off. Nothing is done when it is NULL. */
-KQSUPT_API void SMSListInsertEntryAtTail(SMSList* list, SMSListEntry* entry);
+KQSUPT_API void SMSLListInsertEntryAtTail(SMSLList* list, SMSLListEntry* entry);
 
 /** Links an entry after the entries at the head of the list that `compare` orders before `key`, so
  * that a list that is filled this way stays in ascending order.
@@ -97,8 +98,8 @@ KQSUPT_API void SMSListInsertEntryAtTail(SMSList* list, SMSListEntry* entry);
  * @retval SM_STATUS_INVALID_PARAMETER an argument is NULL.
  * @retval SM_STATUS_ALREADY_EXISTS one of those entries or the one after them is equal; nothing was
  *     changed. */
-KQSUPT_API SMStatus SMSListInsertEntry(SMSList* list, SMSListEntry* entry, void* key,
-                                       SMSListCallback compare);
+KQSUPT_API SMStatus SMSLListInsertEntry(SMSLList* list, SMSLListEntry* entry, void* key,
+                                        SMSLListCallback compare);
 
 /** Finds the first entry, from the head, for which `visit` returns 0.
  * @param[in] list the list, borrowed for the call.
@@ -106,8 +107,8 @@ KQSUPT_API SMStatus SMSListInsertEntry(SMSList* list, SMSListEntry* entry, void*
  * @param[in] visit tells whether an entry is the one.
  * @return The entry, which stays on the list and the caller's; NULL when there is none or an
  *     argument is NULL. */
-KQSUPT_API SMSListEntry* SMSListWalkAtHead(const SMSList* list, void* context,
-                                           SMSListCallback visit);
+KQSUPT_API SMSLListEntry* SMSLListWalkAtHead(const SMSLList* list, void* context,
+                                             SMSLListCallback visit);
 
 /** Puts an entry in the place of the first one that is equal to `key`, wherever it is in the list.
  * @param[in,out] list the list, which stays the caller's.
@@ -117,31 +118,32 @@ KQSUPT_API SMSListEntry* SMSListWalkAtHead(const SMSList* list, void* context,
  * @param[in] compare orders the key against an entry.
  * @return The entry that was replaced, off the list and the caller's to free; its links keep their
  *     values. NULL, with nothing changed, when there is none or an argument is NULL. */
-KQSUPT_API SMSListEntry* SMSListReplaceEntry(SMSList* list, SMSListEntry* newEntry, void* key,
-                                             SMSListCallback compare);
+KQSUPT_API SMSLListEntry* SMSLListReplaceEntry(SMSLList* list, SMSLListEntry* newEntry, void* key,
+                                               SMSLListCallback compare);
 
 /** Unlinks an entry. The entry is not freed, and its links keep their values.
  * @param[in,out] list the list, which stays the caller's; nothing is done when it is NULL.
  * @param[in,out] previousEntry the predecessor of `entry`, which stays the caller's; NULL when the
  *     entry is the first.
  * @param[in] entry the entry, which stays the caller's; nothing is done when it is NULL. */
-KQSUPT_API void SMSListDeleteEntry(SMSList* list, SMSListEntry* previousEntry, SMSListEntry* entry);
+KQSUPT_API void SMSLListDeleteEntry(SMSLList* list, SMSLListEntry* previousEntry,
+                                    SMSLListEntry* entry);
 
 /** Unlinks the first entry and returns it; its links keep their values.
  * @param[in,out] list the list, which stays the caller's; may be NULL.
  * @return The entry, off the list and the caller's to free; NULL when the list is empty or NULL. */
-KQSUPT_API SMSListEntry* SMSListRemoveEntryAtHead(SMSList* list);
+KQSUPT_API SMSLListEntry* SMSLListRemoveEntryAtHead(SMSLList* list);
 
 /** Unlinks the last entry and returns it; its links keep their values. Goes through the whole list
  * to find the one before it.
  * @param[in,out] list the list, which stays the caller's; may be NULL.
  * @return The entry, off the list and the caller's to free; NULL when the list is empty or NULL. */
-KQSUPT_API SMSListEntry* SMSListRemoveEntryAtTail(SMSList* list);
+KQSUPT_API SMSLListEntry* SMSLListRemoveEntryAtTail(SMSLList* list);
 
 /** Tells whether a list has no entry.
  * @param[in] list the list, borrowed for the call; may be NULL.
  * @return 1 when the list is NULL or has no entry, else 0. */
-KQSUPT_API uint32_t SMSListIsEmpty(const SMSList* list);
+KQSUPT_API uint32_t SMSLListIsEmpty(const SMSLList* list);
 
 /** @} */
 
@@ -189,17 +191,17 @@ typedef struct SMDLList {
 typedef int32_t (*SMDLListCallback)(void* key, SMDLListEntry* entry, uint32_t reserved);
 
 /** Makes an empty list on the heap.
- * @return The list, which the caller releases with SMDListFree; NULL when memory is short. */
-KQSUPT_API SMDList* SMDListAlloc(void);
+ * @return The list, which the caller releases with SMDLListFree; NULL when memory is short. */
+KQSUPT_API SMDLList* SMDLListAlloc(void);
 
 /** Makes a list that the caller provides empty, whatever it held.
  * @param[out] list the list, which stays the caller's; NULL is ignored. */
-KQSUPT_API void SMDListInitNoAlloc(SMDList* list);
+KQSUPT_API void SMDLListInitNoAlloc(SMDLList* list);
 
-/** Frees a list of SMDListAlloc, and none of its entries.
+/** Frees a list of SMDLListAlloc, and none of its entries.
  * @param[in] list the list, which the call takes over and frees; its entries stay the caller's.
  *     NULL is ignored. */
-KQSUPT_API void SMDListFree(SMDList* list);
+KQSUPT_API void SMDLListFree(SMDLList* list);
 
 /** Makes an entry that is on no list.
  *
@@ -207,30 +209,31 @@ KQSUPT_API void SMDListFree(SMDList* list);
  * in the same block and are aligned as a pointer is; with `payloadSize` 0 it is NULL, for the
  * caller to set.
  * @param[in] payloadSize the size of the payload in bytes; may be 0.
- * @return The entry, which the caller releases with SMDListEntryFree; NULL when memory is short. */
-KQSUPT_API SMDListEntry* SMDListEntryAlloc(uint32_t payloadSize);
+ * @return The entry, which the caller releases with SMDLListEntryFree; NULL when memory is short.
+ *     */
+KQSUPT_API SMDLListEntry* SMDLListEntryAlloc(uint32_t payloadSize);
 
 /** Clears the links of an entry that the caller provides. Its data pointer stays.
  * @param[in,out] entry the entry, which stays the caller's; NULL is ignored. */
-KQSUPT_API void SMDListEntryInitNoAlloc(SMDListEntry* entry);
+KQSUPT_API void SMDLListEntryInitNoAlloc(SMDLListEntry* entry);
 
-/** Clears the data pointer of an entry of SMDListEntryAlloc and frees it, with the payload that
+/** Clears the data pointer of an entry of SMDLListEntryAlloc and frees it, with the payload that
  * follows it.
  * @param[in] entry the entry, on no list, which the call takes over and frees; what the caller set
  *     its data pointer to stays the caller's. NULL is ignored. */
-KQSUPT_API void SMDListEntryFree(SMDListEntry* entry);
+KQSUPT_API void SMDLListEntryFree(SMDLListEntry* entry);
 
 /** Links an entry before the first one.
  * @param[in,out] list the list, which stays the caller's; nothing is done when it is NULL.
  * @param[in,out] entry the entry, on no list. It stays the caller's; the list keeps the pointer
  *     until the entry is taken off. Nothing is done when it is NULL. */
-KQSUPT_API void SMDListInsertEntryAtHead(SMDList* list, SMDListEntry* entry);
+KQSUPT_API void SMDLListInsertEntryAtHead(SMDLList* list, SMDLListEntry* entry);
 
 /** Links an entry after the last one.
  * @param[in,out] list the list, which stays the caller's; nothing is done when it is NULL.
  * @param[in,out] entry the entry, on no list. It stays the caller's; the list keeps the pointer
  *     until the entry is taken off. Nothing is done when it is NULL. */
-KQSUPT_API void SMDListInsertEntryAtTail(SMDList* list, SMDListEntry* entry);
+KQSUPT_API void SMDLListInsertEntryAtTail(SMDLList* list, SMDLListEntry* entry);
 
 /** Links an entry after the entries at the head of the list that `compare` orders before `key`, so
  * that a list that is filled this way stays in ascending order.
@@ -243,8 +246,8 @@ KQSUPT_API void SMDListInsertEntryAtTail(SMDList* list, SMDListEntry* entry);
  * @retval SM_STATUS_INVALID_PARAMETER an argument is NULL.
  * @retval SM_STATUS_ALREADY_EXISTS one of those entries or the one after them is equal; nothing was
  *     changed. */
-KQSUPT_API SMStatus SMDListInsertEntry(SMDList* list, SMDListEntry* entry, void* key,
-                                       SMDListCallback compare);
+KQSUPT_API SMStatus SMDLListInsertEntry(SMDLList* list, SMDLListEntry* entry, void* key,
+                                        SMDLListCallback compare);
 
 /** Finds the first entry, from the head, for which `visit` returns 0.
  * @param[in] list the list, borrowed for the call.
@@ -252,8 +255,8 @@ KQSUPT_API SMStatus SMDListInsertEntry(SMDList* list, SMDListEntry* entry, void*
  * @param[in] visit tells whether an entry is the one.
  * @return The entry, which stays on the list and the caller's; NULL when there is none or an
  *     argument is NULL. */
-KQSUPT_API SMDListEntry* SMDListWalkAtHead(const SMDList* list, void* context,
-                                           SMDListCallback visit);
+KQSUPT_API SMDLListEntry* SMDLListWalkAtHead(const SMDLList* list, void* context,
+                                             SMDLListCallback visit);
 
 /** Finds the last entry for which `visit` returns 0: the walk begins at the tail and goes
  * backwards.
@@ -262,8 +265,8 @@ KQSUPT_API SMDListEntry* SMDListWalkAtHead(const SMDList* list, void* context,
  * @param[in] visit tells whether an entry is the one.
  * @return The entry, which stays on the list and the caller's; NULL when there is none or an
  *     argument is NULL. */
-KQSUPT_API SMDListEntry* SMDListWalkAtTail(const SMDList* list, void* context,
-                                           SMDListCallback visit);
+KQSUPT_API SMDLListEntry* SMDLListWalkAtTail(const SMDLList* list, void* context,
+                                             SMDLListCallback visit);
 
 /** Puts an entry in the place of the first one that is equal to `key`, wherever it is in the list.
  * @param[in,out] list the list, which stays the caller's.
@@ -273,29 +276,29 @@ KQSUPT_API SMDListEntry* SMDListWalkAtTail(const SMDList* list, void* context,
  * @param[in] compare orders the key against an entry.
  * @return The entry that was replaced, off the list and the caller's to free; its links keep their
  *     values. NULL, with nothing changed, when there is none or an argument is NULL. */
-KQSUPT_API SMDListEntry* SMDListReplaceEntry(SMDList* list, SMDListEntry* newEntry, void* key,
-                                             SMDListCallback compare);
+KQSUPT_API SMDLListEntry* SMDLListReplaceEntry(SMDLList* list, SMDLListEntry* newEntry, void* key,
+                                               SMDLListCallback compare);
 
 /** Unlinks an entry. The entry is not freed, and its links keep their values. Nothing is done when
  * the entry has no predecessor and is not the first one: it is on no list.
  * @param[in,out] list the list, which stays the caller's; nothing is done when it is NULL.
  * @param[in] entry the entry, which stays the caller's; nothing is done when it is NULL. */
-KQSUPT_API void SMDListDeleteEntry(SMDList* list, SMDListEntry* entry);
+KQSUPT_API void SMDLListDeleteEntry(SMDLList* list, SMDLListEntry* entry);
 
 /** Unlinks the first entry and returns it; its links keep their values.
  * @param[in,out] list the list, which stays the caller's; may be NULL.
  * @return The entry, off the list and the caller's to free; NULL when the list is empty or NULL. */
-KQSUPT_API SMDListEntry* SMDListRemoveEntryAtHead(SMDList* list);
+KQSUPT_API SMDLListEntry* SMDLListRemoveEntryAtHead(SMDLList* list);
 
 /** Unlinks the last entry and returns it, in constant time; its links keep their values.
  * @param[in,out] list the list, which stays the caller's; may be NULL.
  * @return The entry, off the list and the caller's to free; NULL when the list is empty or NULL. */
-KQSUPT_API SMDListEntry* SMDListRemoveEntryAtTail(SMDList* list);
+KQSUPT_API SMDLListEntry* SMDLListRemoveEntryAtTail(SMDLList* list);
 
 /** Tells whether a list has no entry.
  * @param[in] list the list, borrowed for the call; may be NULL.
  * @return 1 when the list is NULL or has no entry, else 0. */
-KQSUPT_API uint32_t SMDListIsEmpty(const SMDList* list);
+KQSUPT_API uint32_t SMDLListIsEmpty(const SMDLList* list);
 
 /** @} */
 
