@@ -424,15 +424,15 @@ KQSUPT_API char* SMSSUTF8StrNCatUCS2Str(SMSSUTF8Str* string, const ustring* text
  * means, in "S", in infinities and in what does not convert: a compiler cannot check such calls.
  *
  * Flags, any of them in any order:
- * @verbatim
- *   -      left-adjust in the width
- *   +      a sign also for what is not negative
- *   space  a space in the place of that sign; "+" overrules it
- *   #      alternate form: "o" begins with 0; "x" and "X" of other values than 0 begin with 0x or
- *          0X; "e", "E", "f", "g" and "G" always have a point, "g" and "G" keep trailing zeros
- *   0      zeros instead of spaces before the text and behind its sign; ignored with "-", and for
- *          integers with a precision. It fills up texts and infinities as well.
- * @endverbatim
+ *
+ *     -      left-adjust in the width
+ *     +      a sign also for what is not negative
+ *     space  a space in the place of that sign; "+" overrules it
+ *     #      alternate form: "o" begins with 0; "x" and "X" of other values than 0 begin with 0x or
+ *            0X; "e", "E", "f", "g" and "G" always have a point, "g" and "G" keep trailing zeros
+ *     0      zeros instead of spaces before the text and behind its sign; ignored with "-", and for
+ *            integers with a precision. It fills up texts and infinities as well.
+ *
  * Width: the fewest characters to produce; digits, or "*" for an int argument, of which a negative
  * one means "-" and its magnitude.
  *
@@ -444,27 +444,26 @@ KQSUPT_API char* SMSSUTF8StrNCatUCS2Str(SMSSUTF8Str* string, const ustring* text
  * no larger integer: pass an int for it. Repeated sizes count as the last one. "L" has no effect.
  *
  * Conversion, with its argument:
- * @verbatim
- *   d i    int                 signed decimal
- *   u      unsigned            decimal
- *   o x X  unsigned            octal, hexadecimal in lower or upper case
- *   D U O  int, unsigned       as "ld", "lu" and "lo"
- *   p      void*               as "#x" of the address; 0 for NULL
- *   c      int                 its low byte
- *   s      const char*         bytes up to the terminator, at most "precision" of them, of which no
+ *
+ *     d i   int                signed decimal
+ *     u     unsigned           decimal
+ *     o x X unsigned           octal, hexadecimal in lower or upper case
+ *     D U O int, unsigned      as "ld", "lu" and "lo"
+ *     p     void*              as "#x" of the address; 0 for NULL
+ *     c     int                its low byte
+ *     s     const char*        bytes up to the terminator, at most "precision" of them, of which no
  *                              more are read; "(null)" for NULL
- *   S      const ustring*      UCS-2 text as UTF-8, by the rules of SMUCS2StrToUTF8Str, then as
+ *     S     const ustring*     UCS-2 text as UTF-8, by the rules of SMUCS2StrToUTF8Str, then as
  *                              "s"; "(null)" for NULL. When it cannot be converted, or memory is
  *                              short, the output ends there.
- *   e E    double              d.ddde+dd, with "precision" (6) digits behind the point
- *   f      double              ddd.ddd, the same
- *   g G    double              "precision" (6) significant digits, as "e" when the exponent is
+ *     e E   double             d.ddde+dd, with "precision" (6) digits behind the point
+ *     f     double             ddd.ddd, the same
+ *     g G   double             "precision" (6) significant digits, as "e" when the exponent is
  *                              below -4 or not below the precision, else as "f"; no trailing zeros
- *   n      int*, short* for h  stores the number of characters produced so far, counting what did
+ *     n     int*, short* for h stores the number of characters produced so far, counting what did
  *                              not fit, and produces nothing
- *   other                      the character itself in its width, without an argument: "%%" is "%",
+ *     other                    the character itself in its width, without an argument: "%%" is "%",
  *                              and so "%zu" is "zu"
- * @endverbatim
  *
  * A format that ends in a specification ends the output. Digits of doubles are those of the exact
  * value, rounded to the nearest and from halfway to even. Infinities and what is not a number
