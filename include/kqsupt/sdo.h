@@ -360,9 +360,7 @@ typedef SMStatus (*SMSDOBinaryWalkEnd)(void* context, uint32_t parentToken, uint
 /** Walks a block, a record or an array, in order. An empty block calls no callback. Allocates
  * nothing.
  *
- * Returns the first result that ended the walk; else the result of `end` for the outermost block;
- * else, without an `end`, the last result of `after`; else SM_STATUS_SUCCESS. A nested block's
- * result other than 0 ends the walk.
+ * A nested block's result other than 0 ends the walk.
  * @param[in] binary the block, borrowed for the call.
  * @param[in,out] context handed to the callbacks; stays the caller's, and may be NULL.
  * @param[in] begin called before the contents of each block; may be NULL.
@@ -370,9 +368,10 @@ typedef SMStatus (*SMSDOBinaryWalkEnd)(void* context, uint32_t parentToken, uint
  * @param[in] after called after each entry; may be NULL.
  * @param[in] end called after the contents of each block; may be NULL.
  * @param[in] recurse 1 to walk nested blocks and the entries of an array's elements too.
+ * @return What a callback returned, any number: the first result that ended the walk; else the
+ *     result of `end` for the outermost block; else, without an `end`, the last result of `after`.
  * @retval SM_STATUS_SUCCESS the walk came to its end, and no callback's result says otherwise.
- * @retval SM_STATUS_INVALID_PARAMETER `binary` NULL or not a block, or a nested value that is none;
- *     also what a callback returned, as any other status may be. */
+ * @retval SM_STATUS_INVALID_PARAMETER `binary` NULL or not a block, or a nested value that is none. */
 KQSUPT_API SMStatus SMSDOBinaryWalk(const void* binary, void* context, SMSDOBinaryWalkBegin begin,
                                     SMSDOBinaryWalkEntry entry, SMSDOBinaryWalkAfter after,
                                     SMSDOBinaryWalkEnd end, uint16_t recurse);
