@@ -1,6 +1,7 @@
 # The front door. Each target installs the Debian packages it needs, builds, and runs.
 
 .PHONY: all demo check check-i686 tsan coverage fuzz bench format
+.PHONY: docs
 
 all:
 	@tools/build native
@@ -29,6 +30,10 @@ fuzz:
 
 bench:
 	@tools/bench
+
+# The reference, as HTML and as manual pages.
+docs:
+	@tools/docs
 
 format:
 	@tools/install-packages format

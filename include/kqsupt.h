@@ -1,4 +1,5 @@
-/* The whole interface of libkqsupt. */
+/** @file
+ * The whole interface of libkqsupt. */
 #ifndef KQSUPT_H
 #define KQSUPT_H
 

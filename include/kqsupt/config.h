@@ -1,4 +1,5 @@
-/* Configuration files and the text services that go with them. */
+/** @file
+ * Configuration files and the text services that go with them. */
 #ifndef KQSUPT_CONFIG_H
 #define KQSUPT_CONFIG_H
 
@@ -9,9 +10,10 @@
 extern "C" {
 #endif
 
-/* Converts a list of items from one separator to another and returns it, newly allocated; the
- * caller releases it with SMFreeMem. `*count` and `*size`, each optional, receive the number of
- * items and the size of the list in bytes with its terminator.
+/** @defgroup config_lists Lists of items
+ * @{ */
+
+/** Converts a list of items from one separator to another.
  *
  * With a `separator`, runs of it count as one, blanks (TAB, LF, CR, space) around an item are cut
  * off, items of nothing else are dropped, and each item that is left is followed by `newSeparator`.
@@ -21,11 +23,21 @@ extern "C" {
  * becomes `newSeparator`. `*count` then receives one less than the number of items, and an empty
  * list gives NULL.
  *
- * NULL, with `*count` and `*size` 0, when `text` is NULL or memory is short. */
+ * @param[in] text The list. NULL is answered with NULL. Borrowed for the call.
+ * @param[in] separator What stands between the items of `text`, or 0.
+ * @param[in] newSeparator What stands behind or between the items of the new list, or 0.
+ * @param[out] count Receives the number of items; 0 when the call answers NULL. May be NULL. Stays
+ *   the caller's.
+ * @param[out] size Receives the size of the new list in bytes with its terminator; 0 when the call
+ *   answers NULL. May be NULL. Stays the caller's.
+ * @return The new list, newly allocated, which the caller releases with SMFreeMem; NULL when `text`
+ *   is NULL or memory is short. */
 KQSUPT_API char* SMUTF8ConvertXSVToYSV(const char* text, char separator, char newSeparator,
                                        uint32_t* count, uint32_t* size);
 
-/* ---- Install paths -----------------------------------------------------------------------------
+/** @} */
+
+/** @defgroup config_paths Install paths
  *
  * The install registry is a text file that the installers of products write: "/etc/ybreg.cfg", or
  * where that does not exist "/usr/lib/ext/mavo/ybreg.cfg". The library reads it when it is loaded
@@ -35,112 +47,218 @@ KQSUPT_API char* SMUTF8ConvertXSVToYSV(const char* text, char separator, char ne
  * A line is "PRODUCT.KEY=VALUE". The products are tovu (ID -1, the family as a whole), tumbr (33),
  * Kelvane (34), Quillance (35), nurb (44), wexlib (45) and vosk5 (88); the keys are installpath,
  * binpath, inipath, vardatapath, logpath and configtool. A product without a key has its install
- * path for it. The environment variables "<product>installpath" in lower case, and then in upper
+ * path for it. The environment variables `<product>installpath` in lower case, and then in upper
  * case, override an install path. The family's paths, when they are not given, are its install
- * path, or the directory that the install path of Kelvane or Quillance lies in. */
+ * path, or the directory that the install path of Kelvane or Quillance lies in.
+ * @{ */
 
-/* What a path is for. */
+/** What a path is for. */
 enum {
-  SM_PATH_TYPE_INSTALL = 2,
-  SM_PATH_TYPE_VARIABLE_DATA = 4,
-  SM_PATH_TYPE_LOG = 8,
-  SM_PATH_TYPE_CONFIG_TOOL = 16,
-  SM_PATH_TYPE_INSTALL_TOO = 32, /* the install path as well */
-  SM_PATH_TYPE_INI = 64,
-  SM_PATH_TYPE_BIN = 128
+  SM_PATH_TYPE_INSTALL = 2,       /**< the product itself: its install path */
+  SM_PATH_TYPE_VARIABLE_DATA = 4, /**< what it keeps while it runs */
+  SM_PATH_TYPE_LOG = 8,           /**< its logs */
+  SM_PATH_TYPE_CONFIG_TOOL = 16,  /**< its configuration tool */
+  SM_PATH_TYPE_INSTALL_TOO = 32,  /**< the install path as well */
+  SM_PATH_TYPE_INI = 64,          /**< its INI files */
+  SM_PATH_TYPE_BIN = 128          /**< its programs */
 };
 
-/* The path of a product for a purpose, without a "/" at its end. `*size` is the room at `buffer` in
- * bytes and receives the size of the path with its terminator. With `buffer` NULL nothing is
- * copied.
+/** Gives the path of a product for a purpose, without a "/" at its end.
  *
- * SM_STATUS_DATA_NOT_FOUND: no such product or type, the registry does not tell, or memory is too
- * short to read it; SM_STATUS_OPERATION_FAILED: the path does not exist now; with either `*size` 0,
- * and `size` may be NULL. SM_STATUS_INVALID_PARAMETER: `size` NULL where there is such a path.
- * SM_STATUS_BUFFER_TOO_SMALL: `*size` is too small, also with `buffer` NULL. */
+ * @param[in] productID The ID of the product, as told above.
+ * @param[in] pathType An SM_PATH_TYPE_ value.
+ * @param[out] buffer The room for the path. With NULL nothing is copied. Stays the caller's.
+ * @param[in,out] size The room at `buffer` in bytes; receives the size of the path with its
+ *   terminator, or 0 where there is no such path. May be NULL only there. Stays the caller's.
+ * @retval SM_STATUS_SUCCESS the path was written, or with `buffer` NULL its size told
+ * @retval SM_STATUS_DATA_NOT_FOUND there is no such product or type, the registry does not tell, or
+ *   memory is too short to read it; `*size` receives 0, and `size` may be NULL
+ * @retval SM_STATUS_OPERATION_FAILED the path does not exist now; `*size` receives 0, and `size`
+ *   may be NULL
+ * @retval SM_STATUS_INVALID_PARAMETER `size` is NULL where there is such a path
+ * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is too small, also with `buffer` NULL */
 KQSUPT_API SMStatus SMGetPathByProductIDandType(int32_t productID, uint32_t pathType, char* buffer,
                                                 uint32_t* size);
 
-/* The same for the install path of Quillance, and of a product. */
+/** As SMGetPathByProductIDandType for the install path of Quillance.
+ *
+ * @param[out] buffer The room for the path. With NULL nothing is copied. Stays the caller's.
+ * @param[in,out] size The room at `buffer` in bytes; receives the size of the path with its
+ *   terminator, or 0 where there is no such path. May be NULL only there. Stays the caller's.
+ * @retval SM_STATUS_SUCCESS the path was written, or with `buffer` NULL its size told
+ * @retval SM_STATUS_DATA_NOT_FOUND the registry does not tell, or memory is too short to read it;
+ *   `*size` receives 0, and `size` may be NULL
+ * @retval SM_STATUS_OPERATION_FAILED the path does not exist now; `*size` receives 0, and `size`
+ *   may be NULL
+ * @retval SM_STATUS_INVALID_PARAMETER `size` is NULL where there is such a path
+ * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is too small, also with `buffer` NULL */
 KQSUPT_API SMStatus SMGetInstallPath(char* buffer, uint32_t* size);
+
+/** As SMGetPathByProductIDandType for the install path of a product.
+ *
+ * @param[in] productID The ID of the product.
+ * @param[out] buffer The room for the path. With NULL nothing is copied. Stays the caller's.
+ * @param[in,out] size The room at `buffer` in bytes; receives the size of the path with its
+ *   terminator, or 0 where there is no such path. May be NULL only there. Stays the caller's.
+ * @retval SM_STATUS_SUCCESS the path was written, or with `buffer` NULL its size told
+ * @retval SM_STATUS_DATA_NOT_FOUND there is no such product, the registry does not tell, or memory
+ *   is too short to read it; `*size` receives 0, and `size` may be NULL
+ * @retval SM_STATUS_OPERATION_FAILED the path does not exist now; `*size` receives 0, and `size`
+ *   may be NULL
+ * @retval SM_STATUS_INVALID_PARAMETER `size` is NULL where there is such a path
+ * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is too small, also with `buffer` NULL */
 KQSUPT_API SMStatus SMGetInstallPathByProductID(int32_t productID, char* buffer, uint32_t* size);
 
-/* Copies `text`, in which the first "@ybinstallpath@", in any case of letters, stands for the
- * family's install path. `*size` is the room at `buffer` in bytes and receives the size of the
- * result with its terminator.
+/** Copies `text`, in which the first `@ybinstallpath@`, in any case of letters, stands for the
+ * family's install path.
  *
- * SM_STATUS_INVALID_PARAMETER: an argument NULL, `buffer` only where there is room enough.
- * 0xFFFFFFFF: `text` has 255 bytes or more. The statuses of SMGetPathByProductIDandType and
- * SM_STATUS_NO_MEMORY: the path cannot be had. With each of these `*size` receives 0.
- * SM_STATUS_BUFFER_TOO_SMALL: `*size` receives the size that is needed. */
+ * @param[in] text The text, of less than 255 bytes. Not NULL. Borrowed for the call.
+ * @param[out] buffer The room for the result; NULL with a `*size` of 0 to ask for its size. Stays
+ *   the caller's.
+ * @param[in,out] size The room at `buffer` in bytes; receives the size of the result with its
+ *   terminator, the size that is needed with SM_STATUS_BUFFER_TOO_SMALL, and 0 with any other
+ *   failure. Not NULL. Stays the caller's.
+ * @retval SM_STATUS_SUCCESS the result was written
+ * @retval SM_STATUS_INVALID_PARAMETER an argument is NULL, `buffer` only where there is room enough
+ * @retval 0xFFFFFFFF `text` has 255 bytes or more
+ * @retval SM_STATUS_DATA_NOT_FOUND the registry does not tell the family's install path, or memory
+ *   is too short to read it
+ * @retval SM_STATUS_OPERATION_FAILED the family's install path does not exist now
+ * @retval SM_STATUS_NO_MEMORY memory is short
+ * @retval SM_STATUS_BUFFER_TOO_SMALL the result does not fit into `*size` bytes, and `*size`
+ *   receives the size that is needed */
 KQSUPT_API SMStatus SMExpandYbInstallPathString(const char* text, char* buffer, uint32_t* size);
 
-/* The ID of a product by its key, in any case of letters; 0 for NULL and unknown ones. */
+/** Tells the ID of a product by its key.
+ *
+ * @param[in] productKey The key, such as "wexlib", in any case of letters. NULL is answered with 0.
+ *   Borrowed for the call.
+ * @return The ID; 0 for NULL and unknown keys. */
 KQSUPT_API int32_t SMProductSIDToID(const char* productKey);
 
-/* The key of a product, newly allocated; the caller releases it with SMFreeMem. NULL for an unknown
- * one or when memory is short. */
+/** Tells the key of a product by its ID.
+ *
+ * @param[in] productID The ID of the product.
+ * @return The key, newly allocated, which the caller releases with SMFreeMem; NULL for an unknown
+ *   product or when memory is short. */
 KQSUPT_API char* SMProductIDToSID(int32_t productID);
 
-/* The path of a file below a product's install path, or its path for another purpose: path, "/",
- * `subDirectory` and "/" unless that is NULL or empty, `fileName`. Newly allocated; the caller
- * releases it with SMFreeMem. The file need not exist. NULL when `fileName` is NULL, the product's
- * path cannot be had or memory is short. */
+/** Makes the path of a file below a product's install path: that path, "/", `subDirectory` and "/"
+ * unless that is NULL or empty, `fileName`. The file need not exist.
+ *
+ * @param[in] productID The ID of the product.
+ * @param[in] subDirectory The directory below that path; may be NULL or empty. Borrowed for the
+ *   call.
+ * @param[in] fileName The name of the file. NULL is answered with NULL. Borrowed for the call.
+ * @return The path, newly allocated, which the caller releases with SMFreeMem; NULL when `fileName`
+ *   is NULL, the product's path cannot be had or memory is short. */
 KQSUPT_API char* SMMakePathFileNameByPID(int32_t productID, const char* subDirectory,
                                          const char* fileName);
+
+/** As SMMakePathFileNameByPID below a product's path for another purpose.
+ *
+ * @param[in] productID The ID of the product.
+ * @param[in] pathType An SM_PATH_TYPE_ value.
+ * @param[in] subDirectory The directory below that path; may be NULL or empty. Borrowed for the
+ *   call.
+ * @param[in] fileName The name of the file. NULL is answered with NULL. Borrowed for the call.
+ * @return The path, newly allocated, which the caller releases with SMFreeMem; NULL when `fileName`
+ *   is NULL, the product's path cannot be had or memory is short. */
 KQSUPT_API char* SMMakePathFileNameByPIDAndType(int32_t productID, uint32_t pathType,
                                                 const char* subDirectory, const char* fileName);
 
-/* The path of the file `fileName` for a language such as "en_US": the first that exists of
- * base/directory/en/US/sub/file, base/directory/en/sub/file and base/directory/sub/file. Newly
- * allocated; the caller releases it with SMFreeMem. `baseDirectory` NULL stands for ".",
- * `languageID` NULL for the language of the environment; `subDirectory` may be NULL or empty. NULL
- * when `directory` or `fileName` is NULL, `languageID` has more than 8 bytes, no such file with a
- * path of at most 255 bytes exists, or memory is short. */
+/** Finds the file `fileName` for a language such as "en_US": the first that exists of
+ * base/directory/en/US/sub/file, base/directory/en/sub/file and base/directory/sub/file.
+ *
+ * @param[in] baseDirectory The base directory; NULL stands for ".". Borrowed for the call.
+ * @param[in] directory The directory below it. NULL is answered with NULL. Borrowed for the call.
+ * @param[in] languageID The language, of at most 8 bytes; NULL stands for the language of the
+ *   environment. Borrowed for the call.
+ * @param[in] subDirectory The directory below that of the language; may be NULL or empty. Borrowed
+ *   for the call.
+ * @param[in] fileName The name of the file. NULL is answered with NULL. Borrowed for the call.
+ * @return The path of the file, newly allocated, which the caller releases with SMFreeMem; NULL
+ *   when `directory` or `fileName` is NULL, `languageID` has more than 8 bytes, no such file with a
+ *   path of at most 255 bytes exists, or memory is short. */
 KQSUPT_API char* SMGetLocalizedPathFileName(const char* baseDirectory, const char* directory,
                                             const char* languageID, const char* subDirectory,
                                             const char* fileName);
 
-/* ---- Directories and files --------------------------------------------------------------------- */
+/** @} */
 
-/* Makes a directory with the mode 0755, less the process's umask. Its parent must be there. 0 also
- * when it exists; else 0xFFFFFFFF. */
+/** @defgroup config_files Directories and files
+ * @{ */
+
+/** Makes a directory with the mode 0755, less the process's umask. Its parent must be there.
+ *
+ * @param[in] path The path of the directory. Not NULL. Borrowed for the call.
+ * @retval SM_STATUS_SUCCESS the directory was made, or exists
+ * @retval 0xFFFFFFFF `path` is NULL, or the system refuses */
 KQSUPT_API SMStatus SMMkDir(const char* path);
 
-/* Removes a directory. SM_STATUS_OPERATION_FAILED when it is not empty, SM_STATUS_DATA_NOT_FOUND
- * when it does not exist, 0xFFFFFFFF for NULL and when the system refuses otherwise. */
+/** Removes a directory.
+ *
+ * @param[in] path The path of the directory. Not NULL. Borrowed for the call.
+ * @retval SM_STATUS_SUCCESS the directory was removed
+ * @retval SM_STATUS_OPERATION_FAILED it is not empty
+ * @retval SM_STATUS_DATA_NOT_FOUND it does not exist
+ * @retval 0xFFFFFFFF `path` is NULL, or the system refuses otherwise */
 KQSUPT_API SMStatus SMRmDir(const char* path);
 
-/* Deletes a file. 0xFFFFFFFF for NULL and when the system refuses. */
+/** Deletes a file.
+ *
+ * @param[in] path The path of the file. Not NULL. Borrowed for the call.
+ * @retval SM_STATUS_SUCCESS the file was deleted
+ * @retval 0xFFFFFFFF `path` is NULL, or the system refuses */
 KQSUPT_API SMStatus SMDeleteFile(const char* path);
 
-/* The size of a file in bytes. 0xFFFFFFFF, with `*size` 0, when the file cannot be opened or has no
- * size up to 2,147,483,647 bytes, and for NULL. */
+/** Tells the size of a file.
+ *
+ * @param[in] path The path of the file. Not NULL. Borrowed for the call.
+ * @param[out] size Receives the size in bytes, 0 on failure. Not NULL. Stays the caller's.
+ * @retval SM_STATUS_SUCCESS the size was written
+ * @retval 0xFFFFFFFF the file cannot be opened or has no size up to 2,147,483,647 bytes, or an
+ *   argument is NULL */
 KQSUPT_API SMStatus SMGetSizeOfFile(const char* path, uint32_t* size);
 
-/* A name of 8 characters that no file in `directory` has. `*size` is the room at `buffer` in bytes
- * and receives 9. No file is made: another process may take the name meanwhile.
+/** Gives a name of 8 characters that no file in `directory` has. No file is made: another process
+ * may take the name meanwhile.
  *
- * SM_STATUS_INVALID_PARAMETER: `directory` or `size` NULL. SM_STATUS_BUFFER_TOO_SMALL: `buffer`
- * NULL, or `*size` less than 9, which it receives. SM_STATUS_NO_MEMORY. 0xFFFFFFFF: a hundred names
- * that were tried all exist. */
+ * @param[in] directory The path of the directory. Not NULL. Borrowed for the call.
+ * @param[out] buffer The room for the name; NULL to ask for its size. Stays the caller's.
+ * @param[in,out] size The room at `buffer` in bytes; receives 9. Not NULL. Stays the caller's.
+ * @retval SM_STATUS_SUCCESS the name was written
+ * @retval SM_STATUS_INVALID_PARAMETER `directory` or `size` is NULL
+ * @retval SM_STATUS_BUFFER_TOO_SMALL `buffer` is NULL, or `*size` less than 9, which it receives
+ * @retval SM_STATUS_NO_MEMORY memory is short
+ * @retval 0xFFFFFFFF a hundred names that were tried all exist */
 KQSUPT_API SMStatus SMGetTmpFile(const char* directory, char* buffer, uint32_t* size);
 
-/* A file that is looked at for changes. */
+/** A file that is looked at for changes. */
 typedef struct SMFileProp SMFileProp;
 
-/* Notes when the file was last modified. The caller releases the handle with SMFilePropFree. NULL
- * when `path` is NULL, the file cannot be looked at or memory is short. */
+/** Notes when the file was last modified.
+ *
+ * @param[in] path The path of the file. NULL is answered with NULL. Borrowed for the call.
+ * @return The handle, which the caller releases with SMFilePropFree; NULL when `path` is NULL, the
+ *   file cannot be looked at or memory is short. */
 KQSUPT_API SMFileProp* SMFilePropAlloc(const char* path);
 
-/* 1 when the file was modified in another second than was noted, which is now noted. Else 0, also
- * for NULL and when the file cannot be looked at. */
+/** Tells whether the file was modified in another second than was noted, which is now noted.
+ *
+ * @param[in,out] file The handle. NULL is answered with 0. Stays the caller's.
+ * @return 1 when it was; else 0, also for NULL and when the file cannot be looked at. */
 KQSUPT_API uint32_t SMFilePropIsModified(SMFileProp* file);
 
-/* Releases the handle. NULL is ignored. */
+/** Releases the handle.
+ *
+ * @param[in] file The handle, which is void afterwards: the library releases it. NULL is ignored.
+ */
 KQSUPT_API void SMFilePropFree(SMFileProp* file);
 
-/* ---- INI files ---------------------------------------------------------------------------------
+/** @} */
+
+/** @defgroup config_ini INI files
  *
  * Text of sections "[section]" with keys "key=value", one to a line. Names are compared byte by
  * byte and neither keys nor values are trimmed, but for blanks before a key. A line that begins
@@ -157,23 +275,23 @@ KQSUPT_API void SMFilePropFree(SMFileProp* file);
  * but with "bak" for what is behind its last ".". Whoever comes next after a crash in that moment,
  * reader or writer, goes back to it. Other files should not have that name.
  *
- * Sizes are in bytes, with the terminator. */
+ * Sizes are in bytes, with the terminator.
+ * @{ */
 
-/* The types of values. */
+/** The types of values. */
 enum {
-  SMINI_TYPE_UTF8 = 1,        /* text, as it stands */
-  SMINI_TYPE_UCS2_STRICT = 2, /* UCS-2 text whose size must be that of the text */
-  SMINI_TYPE_UCS2 = 3,        /* UCS-2 text whose size may differ from its own */
-  SMINI_TYPE_BOOLEAN = 4,     /* uint16_t, 1 or 0: "TRUE" or "FALSE" */
-  SMINI_TYPE_U32 = 5,         /* uint32_t, decimal */
-  SMINI_TYPE_S32 = 6,         /* int32_t */
-  SMINI_TYPE_U64 = 7,         /* uint64_t */
-  SMINI_TYPE_S64 = 8,         /* int64_t */
-  SMINI_TYPE_DOUBLE = 9       /* double, with eight decimals */
+  SMINI_TYPE_UTF8 = 1,        /**< text, as it stands */
+  SMINI_TYPE_UCS2_STRICT = 2, /**< UCS-2 text whose size must be that of the text */
+  SMINI_TYPE_UCS2 = 3,        /**< UCS-2 text whose size may differ from its own */
+  SMINI_TYPE_BOOLEAN = 4,     /**< uint16_t, 1 or 0: "TRUE" or "FALSE" */
+  SMINI_TYPE_U32 = 5,         /**< uint32_t, decimal */
+  SMINI_TYPE_S32 = 6,         /**< int32_t */
+  SMINI_TYPE_U64 = 7,         /**< uint64_t */
+  SMINI_TYPE_S64 = 8,         /**< int64_t */
+  SMINI_TYPE_DOUBLE = 9       /**< double, with eight decimals */
 };
 
-/* Reads the value of `key` in `section` of the file `pathFileName` into the `*size` bytes at
- * `buffer`.
+/** Reads the value of `key` in `section` of the file `pathFileName`.
  *
  * Text (SMINI_TYPE_UTF8): `*size` receives the size of the value, which is not copied when it is
  * greater: SM_STATUS_BUFFER_TOO_SMALL. With `section` NULL it is the list of all sections, with
@@ -192,20 +310,40 @@ enum {
  * failure the buffer is as it was, and for lists no default is used. Other types: whatever failed
  * but an argument, when the default has the size of the type at least; else `*size` receives 0.
  *
- * SM_STATUS_UNSUCCESSFUL: `buffer` or `size` NULL, `*size` too small for the type, no path, an
- * unknown type, no section or key for a type that is not SMINI_TYPE_UTF8, a default of type
- * SMINI_TYPE_UCS2_STRICT whose size is not that of the text; the file is not a file that can be
- * read. SM_STATUS_FILE_OPEN_FAILED: it cannot be opened. SM_STATUS_SECTION_NOT_FOUND,
- * SM_STATUS_KEY_NOT_FOUND: no such section, no such key; for a list, none at all.
- * SM_STATUS_END_OF_FILE: a header without "]" before what is looked for. SM_STATUS_BAD_LENGTH:
- * neither "TRUE" nor "FALSE", or not UTF-8 where UCS-2 is wanted. SM_STATUS_NO_MEMORY or
- * 0xFFFFFFFF: memory is short. */
+ * @param[in] section The section; NULL for the list of all sections. Borrowed for the call.
+ * @param[in] key The key; NULL for the list of the section's keys. Borrowed for the call.
+ * @param[in] type An SMINI_TYPE_ value.
+ * @param[out] buffer The room for the value. Not NULL. Stays the caller's.
+ * @param[in,out] size The room at `buffer` in bytes; receives what is told above. Not NULL. Stays
+ *   the caller's.
+ * @param[in] defaultValue What the buffer receives when the value cannot be had; NULL for no
+ *   default. Borrowed for the call.
+ * @param[in] defaultSize The size of the default in bytes; 0 for no default.
+ * @param[in] pathFileName The path of the file. Not NULL, nor empty. Borrowed for the call.
+ * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
+ * @retval SM_STATUS_SUCCESS the value or the list was written
+ * @retval SM_STATUS_UNSUCCESSFUL `buffer` or `size` is NULL, `*size` too small for the type, no
+ *   path, an unknown type, no section or key for a type that is not SMINI_TYPE_UTF8, a default of
+ *   type SMINI_TYPE_UCS2_STRICT whose size is not that of the text; or the file is not a file that
+ *   can be read
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
+ * @retval SM_STATUS_SECTION_NOT_FOUND there is no such section; for a list, none at all
+ * @retval SM_STATUS_KEY_NOT_FOUND there is no such key; for a list, none at all
+ * @retval SM_STATUS_END_OF_FILE a header without "]" comes before what is looked for
+ * @retval SM_STATUS_BAD_LENGTH the value is neither "TRUE" nor "FALSE", or not UTF-8 where UCS-2 is
+ *   wanted
+ * @retval SM_STATUS_BUFFER_TOO_SMALL a text, or a list, does not fit into `*size` bytes; `*size`
+ *   receives the size that is needed
+ * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started
+ * @retval 0xFFFFFFFF memory is short; or the file cannot be locked
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1
+ * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process */
 KQSUPT_API SMStatus SMReadINIPathFileValue(const char* section, const char* key, uint32_t type,
                                            void* buffer, uint32_t* size, const void* defaultValue,
                                            uint32_t defaultSize, const char* pathFileName,
                                            uint16_t lockWait);
 
-/* Writes the `valueSize` bytes at `value` as the value of `key` in `section` of the file
+/** Writes the `valueSize` bytes at `value` as the value of `key` in `section` of the file
  * `pathFileName`. A key that is there keeps its place; a new one is put behind the last one of its
  * section; a new section is put at the end of the file, with an empty line before it; a new file is
  * made, with its directory. Comments and blank lines that end the file are dropped when its last
@@ -213,143 +351,328 @@ KQSUPT_API SMStatus SMReadINIPathFileValue(const char* section, const char* key,
  *
  * Text with `value` NULL and `valueSize` 0 takes the key out. With `key` NULL, whether or not a
  * value is given, the whole section goes, up to the next line with "[" or "#" in its first column.
- * Of text `valueSize` is the size with its terminator, of UCS-2 text at most 2,048. Of
- * SMINI_TYPE_UCS2 it is only checked, from 1 to 2,048: the text is written to its terminator, which
- * must be there. Of other types it is the size of the type at least.
  *
- * SM_STATUS_UNSUCCESSFUL: no section, no path or one that ends in "/", a name of more than 255
- * bytes, an unknown type, no key for a type that is not text, or the file cannot be read.
- * SM_STATUS_BAD_LENGTH: `valueSize` is not what the type asks for, or what is to be taken out is in
- * a section that is not there. SM_STATUS_FILE_OPEN_FAILED: the file cannot be opened.
- * SM_STATUS_END_OF_FILE: a header without "]" before the section. SM_STATUS_FILE_NOT_FOUND: the new
- * file cannot be made, or the file not be added to. SM_STATUS_OUT_OF_SPACE: it cannot be written.
- * SM_STATUS_ALREADY_EXISTS: it cannot be renamed. 0xFFFFFFFF: the directory cannot be made, there
- * is no name for a new file, or the old one cannot be renamed. SM_STATUS_NO_MEMORY or 0xFFFFFFFF:
- * memory is short, as it always is for changing a file of more than 2,147,483,646 bytes. After each
- * of these the file is as it was. SM_STATUS_ACCESS_DENIED: the old content cannot be deleted, and
- * the next one to use the file goes back to it. Other statuses: the text is not UCS-2. */
+ * After every failure but one the file is as it was: with SM_STATUS_ACCESS_DENIED the old content
+ * may be there still, and the next one to use the file goes back to it.
+ *
+ * @param[in] section The section, of at most 255 bytes. Not NULL. Borrowed for the call.
+ * @param[in] key The key, of at most 255 bytes; NULL to take the section out. Borrowed for the
+ *   call.
+ * @param[in] type An SMINI_TYPE_ value.
+ * @param[in] value The value; NULL to take the key or the section out, which text alone can.
+ *   Borrowed for the call.
+ * @param[in] valueSize Of text the size with its terminator, of UCS-2 text at most 2,048 bytes. Of
+ *   SMINI_TYPE_UCS2 it is only checked, from 1 to 2,048: the text is written to its terminator,
+ *   which must be there. Of other types the size of the type at least.
+ * @param[in] pathFileName The path of the file. Not NULL, nor empty. Borrowed for the call.
+ * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
+ * @retval SM_STATUS_SUCCESS the value was written, or the key or the section is taken out
+ * @retval SM_STATUS_UNSUCCESSFUL no section, no path or one that ends in "/", a name of more than
+ *   255 bytes, an unknown type, no key for a type that is not text, or the file cannot be read
+ * @retval SM_STATUS_BAD_LENGTH `valueSize` is not what the type asks for, or what is to be taken
+ *   out is in a section that is not there
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
+ * @retval SM_STATUS_END_OF_FILE a header without "]" comes before the section
+ * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made, or the file not be added to
+ * @retval SM_STATUS_OUT_OF_SPACE the file cannot be written
+ * @retval SM_STATUS_ALREADY_EXISTS the new file cannot be renamed
+ * @retval 0xFFFFFFFF the directory cannot be made, there is no name for a new file, or the old one
+ *   cannot be renamed; memory is short; or the file cannot be locked, or an interrupted change not
+ *   be undone
+ * @retval SM_STATUS_NO_MEMORY memory is short, as it always is for changing a file of more than
+ *   2,147,483,646 bytes, or the library has not started
+ * @retval SM_STATUS_ACCESS_DENIED the old content cannot be deleted, and the next one to use the
+ *   file goes back to it; or the file may not be locked by this process, and nothing is written
+ * @retval SM_STATUS_OPERATION_FAILED the text is not UCS-2
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1 */
 KQSUPT_API SMStatus SMWriteINIPathFileValue(const char* section, const char* key, uint32_t type,
                                             const void* value, uint32_t valueSize,
                                             const char* pathFileName, uint16_t lockWait);
 
-/* The same for the file `fileName` in the directory "ini" in the path for INI files of the product
- * Quillance. 0xFFFFFFFF when the product has no such path; SM_STATUS_BUFFER_TOO_SMALL when that of
- * the file has more than 254 bytes; SM_STATUS_UNSUCCESSFUL when `fileName` is NULL. */
+/** As SMReadINIPathFileValue for the file `fileName` in the directory "ini" in the path for INI
+ * files of the product Quillance. When the path cannot be had, the buffer and `*size` are as they
+ * were.
+ *
+ * @param[in] section The section; NULL for the list of all sections. Borrowed for the call.
+ * @param[in] key The key; NULL for the list of the section's keys. Borrowed for the call.
+ * @param[in] type An SMINI_TYPE_ value.
+ * @param[out] buffer The room for the value. Not NULL. Stays the caller's.
+ * @param[in,out] size The room at `buffer` in bytes; receives what is told above. Not NULL. Stays
+ *   the caller's.
+ * @param[in] defaultValue What the buffer receives when the value cannot be had; NULL for no
+ *   default. Borrowed for the call.
+ * @param[in] defaultSize The size of the default in bytes; 0 for no default.
+ * @param[in] fileName The name of the file. Not NULL. Borrowed for the call.
+ * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
+ * @retval SM_STATUS_SUCCESS the value or the list was written
+ * @retval SM_STATUS_UNSUCCESSFUL `buffer` or `size` is NULL, `*size` too small for the type, no
+ *   `fileName`, an unknown type, no section or key for a type that is not SMINI_TYPE_UTF8, a
+ *   default of type SMINI_TYPE_UCS2_STRICT whose size is not that of the text; or the file is not a
+ *   file that can be read
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
+ * @retval SM_STATUS_SECTION_NOT_FOUND there is no such section; for a list, none at all
+ * @retval SM_STATUS_KEY_NOT_FOUND there is no such key; for a list, none at all
+ * @retval SM_STATUS_END_OF_FILE a header without "]" comes before what is looked for
+ * @retval SM_STATUS_BAD_LENGTH the value is neither "TRUE" nor "FALSE", or not UTF-8 where UCS-2 is
+ *   wanted
+ * @retval SM_STATUS_BUFFER_TOO_SMALL the path of the file has more than 254 bytes; or a text, or a
+ *   list, does not fit into `*size` bytes, and `*size` receives the size that is needed
+ * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started
+ * @retval 0xFFFFFFFF the product has no such path; memory is short; or the file cannot be locked
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1
+ * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process */
 KQSUPT_API SMStatus SMReadINIFileValue(const char* section, const char* key, uint32_t type,
                                        void* buffer, uint32_t* size, const void* defaultValue,
                                        uint32_t defaultSize, const char* fileName,
                                        uint16_t lockWait);
+
+/** As SMWriteINIPathFileValue for the file `fileName` in the directory "ini" in the path for INI
+ * files of the product Quillance.
+ *
+ * @param[in] section The section, of at most 255 bytes. Not NULL. Borrowed for the call.
+ * @param[in] key The key, of at most 255 bytes; NULL to take the section out. Borrowed for the
+ *   call.
+ * @param[in] type An SMINI_TYPE_ value.
+ * @param[in] value The value; NULL to take the key or the section out, which text alone can.
+ *   Borrowed for the call.
+ * @param[in] valueSize Of text the size with its terminator, of UCS-2 text at most 2,048 bytes. Of
+ *   SMINI_TYPE_UCS2 it is only checked, from 1 to 2,048: the text is written to its terminator,
+ *   which must be there. Of other types the size of the type at least.
+ * @param[in] fileName The name of the file. Not NULL. Borrowed for the call.
+ * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
+ * @retval SM_STATUS_SUCCESS the value was written, or the key or the section is taken out
+ * @retval SM_STATUS_UNSUCCESSFUL no section, no `fileName` or one that ends in "/", a name of
+ *   more than 255 bytes, an unknown type, no key for a type that is not text, or the file cannot be
+ *   read
+ * @retval SM_STATUS_BAD_LENGTH `valueSize` is not what the type asks for, or what is to be taken
+ *   out is in a section that is not there
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
+ * @retval SM_STATUS_END_OF_FILE a header without "]" comes before the section
+ * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made, or the file not be added to
+ * @retval SM_STATUS_OUT_OF_SPACE the file cannot be written
+ * @retval SM_STATUS_ALREADY_EXISTS the new file cannot be renamed
+ * @retval SM_STATUS_BUFFER_TOO_SMALL the path of the file has more than 254 bytes
+ * @retval 0xFFFFFFFF the product has no such path; the directory cannot be made, there is no name
+ *   for a new file, or the old one cannot be renamed; memory is short; or the file cannot be
+ *   locked, or an interrupted change not be undone
+ * @retval SM_STATUS_NO_MEMORY memory is short, as it always is for changing a file of more than
+ *   2,147,483,646 bytes, or the library has not started
+ * @retval SM_STATUS_ACCESS_DENIED the old content cannot be deleted, and the next one to use the
+ *   file goes back to it; or the file may not be locked by this process, and nothing is written
+ * @retval SM_STATUS_OPERATION_FAILED the text is not UCS-2
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1 */
 KQSUPT_API SMStatus SMWriteINIFileValue(const char* section, const char* key, uint32_t type,
                                         const void* value, uint32_t valueSize, const char* fileName,
                                         uint16_t lockWait);
 
-/* The text of a key, newly allocated; the caller releases it with SMFreeMem. `*size`, when given,
- * receives its size. NULL, with `*size` 0, when there is none: then `defaultValue` is copied, but
- * only where the file is there and can be read. NULL also when the text has more than 32,767 bytes
- * or memory is short. */
+/** Reads the text of a key into memory of its own. When there is none, `defaultValue` is copied,
+ * but only where the file is there and can be read.
+ *
+ * @param[in] section The section; with NULL the text is the list of all sections, as
+ *   SMReadINIPathFileValue lists them. Borrowed for the call.
+ * @param[in] key The key; with NULL the text is the list of the section's keys. Borrowed for the
+ *   call.
+ * @param[in] defaultValue The text to copy when there is none; NULL for no default. Borrowed for
+ *   the call.
+ * @param[out] size Receives the size of the text; 0 when the call answers NULL. May be NULL. Stays
+ *   the caller's.
+ * @param[in] pathFileName The path of the file. NULL is answered with NULL. Borrowed for the call.
+ * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
+ * @return The text, newly allocated, which the caller releases with SMFreeMem; NULL when there is
+ *   neither a text nor a default, the text has more than 32,767 bytes or memory is short. */
 KQSUPT_API char* SMReadINISectionKeyUTF8Value(const char* section, const char* key,
                                               const char* defaultValue, uint32_t* size,
                                               const char* pathFileName, uint16_t lockWait);
 
-/* The value that `table`, of `count` entries, has for the text of a key, in any case of letters.
- * The value of entry 1 when the text cannot be read, whether there is no such key or memory is
- * short; that of entry 0 when no name matches. With `isBitMask` 1 the text is a list of names with
- * "," between them; the values of those that match are combined, 0 when none does. 0x80000000: an
- * argument NULL, a table of less than 2 entries, or memory is too short for the list. */
+/** Tells the value that `table` has for the text of a key, in any case of letters.
+ *
+ * @param[in] section The section. Not NULL. Borrowed for the call.
+ * @param[in] key The key. Not NULL. Borrowed for the call.
+ * @param[in] table The names and their values. Not NULL. Borrowed for the call.
+ * @param[in] count The number of entries of `table`, 2 at least.
+ * @param[in] isBitMask With 1 the text is a list of names with "," between them; with any other
+ *   value it is one name.
+ * @param[in] pathFileName The path of the file. Not NULL. Borrowed for the call.
+ * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
+ * @return The value of the name; that of entry 1 when the text cannot be read, whether there is no
+ *   such key or memory is short; that of entry 0 when no name matches. With `isBitMask` 1 the
+ *   values of those that match, combined, 0 when none does. 0x80000000 when an argument is NULL,
+ *   the table has less than 2 entries, or memory is too short for the list. */
 KQSUPT_API uint32_t SMReadINIEnums32Value(const char* section, const char* key,
                                           const SMEnums32* table, uint32_t count,
                                           uint16_t isBitMask, const char* pathFileName,
                                           uint16_t lockWait);
 
-/* ---- Property files ----------------------------------------------------------------------------
+/** @} */
+
+/** @defgroup config_properties Property files
  *
  * Lines of a key and a value without sections: "key = value". Blanks, ":" and "=" between the two
  * are one separator; blanks at both ends of the value are cut off. A line that begins with ";",
  * "#", "!" or "//" behind its blanks is a comment; one of a single character is not read. A value
- * that ends in a single "\" goes on in the next line, joined to it by "\n". Only as much of a key
+ * that ends in a single `\` goes on in the next line, joined to it by `\n`. Only as much of a key
  * is compared as the file has: the line "port=1" answers for the key "portal". The first line that
  * answers counts.
  *
  * Files are locked as INI files are, with the same statuses. A change replaces the file in the same
- * way, but nobody goes back to the old content after a crash. */
+ * way, but nobody goes back to the old content after a crash.
+ * @{ */
 
-/* Reads the value of `key` as a value of type `typeCode`, a SMXLT_TYPE_ code with its notation,
- * into the `*size` bytes at `buffer`. `*size` and statuses are those of SMXLTUTF8ToTypeValue. With
- * `key` NULL and SMXLT_TYPE_UTF8 it is the list of all keys: terminated names with an empty one at
- * the end, and `*size` receives the size of the whole list.
+/** Reads the value of `key`. `*size` and statuses are those of SMXLTUTF8ToTypeValue. With `key`
+ * NULL and SMXLT_TYPE_UTF8 it is the list of all keys: terminated names with an empty one at the
+ * end, and `*size` receives the size of the whole list.
  *
- * `defaultValue`, when it is given with a `defaultSize` of at most `*size`, is copied to the buffer
- * after any failure, and `*size` receives `defaultSize`.
- *
- * SM_STATUS_INVALID_PARAMETER: `size` or `pathFileName` NULL, or `key` NULL with another type.
- * SM_STATUS_FILE_OPEN_FAILED: the file cannot be opened. SM_STATUS_UNSUCCESSFUL: it cannot be read.
- * SM_STATUS_KEY_NOT_FOUND: no line answers, or there is none for a list. SM_STATUS_NO_MEMORY. */
+ * @param[in] key The key; NULL for the list of all keys. Borrowed for the call.
+ * @param[in] typeCode The type of the value, a SMXLT_TYPE_ code with its notation.
+ * @param[out] buffer The room for the value; NULL only where `*size` is 0, or for a list to ask for
+ *   its size. Stays the caller's.
+ * @param[in,out] size The room at `buffer` in bytes; receives the size of the value, the list or
+ *   the default. Not NULL. Stays the caller's.
+ * @param[in] defaultValue What is copied to the buffer after any failure, when it is given with a
+ *   `defaultSize` of at most `*size`; `*size` receives `defaultSize`. NULL for no default. Borrowed
+ *   for the call.
+ * @param[in] defaultSize The size of the default in bytes.
+ * @param[in] pathFileName The path of the file. Not NULL. Borrowed for the call.
+ * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
+ * @retval SM_STATUS_SUCCESS the value or the list was written
+ * @retval SM_STATUS_INVALID_PARAMETER `size` or `pathFileName` is NULL, or `key` is with another
+ *   type; `buffer` is NULL with a `*size` other than 0; the text is not a value of the type in this
+ *   notation, or the type cannot be read in it
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
+ * @retval SM_STATUS_UNSUCCESSFUL the file cannot be read; the type cannot be read from text, or
+ *   bytes not in this notation
+ * @retval SM_STATUS_KEY_NOT_FOUND no line answers, or there is none for a list
+ * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started
+ * @retval SM_STATUS_BUFFER_TOO_SMALL the value or the list does not fit into `*size` bytes
+ * @retval SM_STATUS_VALUE_TOO_LARGE the number is above an 8- or 16-bit type
+ * @retval SM_STATUS_VALUE_TOO_SMALL the number is below an 8- or 16-bit type
+ * @retval 1 a 64-bit integer in a notation that it is not read in
+ * @retval SM_STATUS_OPERATION_FAILED the text for a UCS-2 value is not UTF-8
+ * @retval 17 an address, while the library is being stopped
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1
+ * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process
+ * @retval 0xFFFFFFFF there is no such language, a malformed list of bytes, or no address; or the
+ *   file cannot be locked */
 KQSUPT_API SMStatus SMPropertyFileReadValue(const char* key, uint32_t typeCode, void* buffer,
                                             uint32_t* size, const void* defaultValue,
                                             uint32_t defaultSize, const char* pathFileName,
                                             uint16_t lockWait);
 
-/* Writes the `valueSize` bytes at `value`, of type `typeCode`, in place of the value that answers
+/** Writes the `valueSize` bytes at `value`, of type `typeCode`, in place of the value that answers
  * for `key`. The line becomes "key=value". The key must be there: when no line answers, the file is
- * emptied.
+ * emptied. After each failure the file is as it was, but with SM_STATUS_ACCESS_DENIED, where the
+ * old content may be beside it still.
  *
- * SM_STATUS_INVALID_PARAMETER: an argument NULL. SM_STATUS_FILE_OPEN_FAILED,
- * SM_STATUS_UNSUCCESSFUL: the file cannot be opened, or read. SM_STATUS_NO_MEMORY, also for a file
- * of more than 2,147,483,646 bytes. The statuses of SMXLTTypeValueToUTF8 when the value cannot be
- * converted, those of SMWriteINIPathFileValue when the file cannot be replaced. After each of these
- * the file is as it was. */
+ * @param[in] key The key. Not NULL. Borrowed for the call.
+ * @param[in] typeCode The type of the value, a SMXLT_TYPE_ code with its notation.
+ * @param[in] value The value. Not NULL. Borrowed for the call.
+ * @param[in] valueSize The size of the value in bytes; it counts for bytes and UTF-8 text.
+ * @param[in] pathFileName The path of the file. Not NULL. Borrowed for the call.
+ * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
+ * @retval SM_STATUS_SUCCESS the value was written, or the file emptied
+ * @retval SM_STATUS_INVALID_PARAMETER an argument is NULL
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
+ * @retval SM_STATUS_UNSUCCESSFUL the file cannot be read; or there is no such type, or bytes not in
+ *   this notation
+ * @retval SM_STATUS_NO_MEMORY memory is short, also for a file of more than 2,147,483,646 bytes, or
+ *   the library has not started
+ * @retval SM_STATUS_OPERATION_FAILED the value is not UCS-2
+ * @retval 17 an address, while the library is being stopped
+ * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made
+ * @retval SM_STATUS_OUT_OF_SPACE the new file cannot be written
+ * @retval SM_STATUS_ALREADY_EXISTS the new file cannot be renamed
+ * @retval 0xFFFFFFFF there is no name for a new file, or the old one cannot be renamed; memory is
+ *   too short for the text of bytes; or the file cannot be locked
+ * @retval SM_STATUS_ACCESS_DENIED the old content cannot be deleted, and the new one is in place;
+ *   or the file may not be locked by this process, and nothing is written
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1 */
 KQSUPT_API SMStatus SMPropertyFileWriteValue(const char* key, uint32_t typeCode, const void* value,
                                              uint32_t valueSize, const char* pathFileName,
                                              uint16_t lockWait);
 
-/* ---- Texts by number ---------------------------------------------------------------------------
+/** @} */
+
+/** @defgroup config_texts Texts by number
  *
  * Texts lie in INI files: those of US English in the section "ASCII EN_US DEFAULT STRING ID
  * SECTION" under "0:ID", those of other languages in "MISCELLANEOUS STRING ID SECTION" under
  * "LANGUAGE:ID", each number in upper-case hexadecimal without leading zeros. A text ends at its
- * first CR or LF. The language IDs 0, 437 and 1033, and NULL, stand for US English. */
+ * first CR or LF. The language IDs 0, 437 and 1033, and NULL, stand for US English.
+ * @{ */
 
-/* Copies the text with the number `stringID` to the `*size` bytes at `buffer`. Returns its size
- * with the terminator, which `*size` receives too: 0 when there is no such text, it does not fit or
- * `buffer` or `size` is NULL. `*languageID`, when given, becomes 0 when the text is the one of US
- * English, also for want of one in the language. In place of the text stands "Invalid Path File
- * Name" when no file name is given and "Failed to allocate memory" when memory is short. */
+/** Copies the text with the number `stringID`. In place of the text stands "Invalid Path File Name"
+ * when no file name is given and "Failed to allocate memory" when memory is short.
+ *
+ * @param[in] stringID The number of the text.
+ * @param[in,out] languageID The language; becomes 0 when the text is the one of US English, also
+ *   for want of one in the language. NULL stands for US English. Stays the caller's.
+ * @param[in] pathFileName The path of the INI file. With NULL, or an empty one, no file name is
+ *   given. Borrowed for the call.
+ * @param[out] buffer The room for the text. With NULL nothing is copied. Stays the caller's.
+ * @param[in,out] size The room at `buffer` in bytes; receives what the call returns. With NULL
+ *   nothing is copied. Stays the caller's.
+ * @return The size of the text with the terminator; 0 when there is no such text, it does not fit
+ *   or `buffer` or `size` is NULL. */
 KQSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t* languageID,
                                                const char* pathFileName, char* buffer,
                                                uint32_t* size);
 
-/* The same from the library's own file, kqsdst32.ini in the directory for INI files of the family,
- * as UCS-2. IDs from BaseID to BaseID + oemRange are first counted on by offset: numbers that the
- * section "OEM Configuration" of kqisdy32.ini there may give, else 2304, 32 and 0. They are read
- * once for the process, at the first call that has the memory and finds the directory, and again
- * after a BaseID of 0.
+/** As SMGetUTF8StrFromIDPathFile from the library's own file, kqsdst32.ini in the directory for INI
+ * files of the family, as UCS-2. IDs from BaseID to BaseID + oemRange are first counted on by
+ * offset: numbers that the section "OEM Configuration" of kqisdy32.ini there may give, else 2304,
+ * 32 and 0. They are read once for the process, at the first call that has the memory and finds the
+ * directory, and again after a BaseID of 0.
  *
- * Returns the size of the text in bytes, which `*size` receives too. Without `ucs2Buffer` or `size`
- * it is the size of the text in UTF-8. When `*size` is less than twice that, nothing is written and
- * twice that is returned. 0 when there is no such text of up to 1,023 bytes, or it cannot be
- * converted. */
+ * @param[in] stringID The number of the text.
+ * @param[in,out] languageID The language; becomes 0 when the text is the one of US English, also
+ *   for want of one in the language. NULL stands for US English. Stays the caller's.
+ * @param[out] ucs2Buffer The room for the text; NULL to ask for its size in UTF-8. Stays the
+ *   caller's.
+ * @param[in,out] size The room at `ucs2Buffer` in bytes; receives what the call returns. NULL as
+ *   for `ucs2Buffer`. Stays the caller's.
+ * @return The size of the text in bytes with its terminator. Without `ucs2Buffer` or `size` it is
+ *   the size of the text in UTF-8. When `*size` is less than twice that, nothing is written and
+ *   twice that is returned. 0 when there is no such text of up to 1,023 bytes, or it cannot be
+ *   converted. */
 KQSUPT_API uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t* languageID, ustring* ucs2Buffer,
                                        uint32_t* size);
 
-/* ---- Names of PCI devices ---------------------------------------------------------------------- */
+/** @} */
 
-/* Looks up the names of a PCI device and its vendor in a text file. Its lines are fields with tabs
- * between them: a kind, an identifier in hexadecimal, a name; what follows ";" is a comment. Lines
- * with fewer fields, or whose identifier is no number, are skipped. "V" is a vendor, "D" a device
- * of the vendor before, "O" a maker of boards with the device before, "S" a board of the maker
- * before; the name of a board, or else of its maker, stands for that of the device.
+/** @defgroup config_pci Names of PCI devices
+ * @{ */
+
+/** Looks up the names of a PCI device and its vendor in a text file.
  *
- * `*vendorNameSize` and `*deviceNameSize` are the room in bytes and receive the lengths of the
- * names without their terminators; a name that is too long is cut. A name that is not found is
- * empty.
+ * Its lines are fields with tabs between them: a kind, an identifier in hexadecimal, a name; what
+ * follows ";" is a comment. Lines with fewer fields, or whose identifier is no number, are skipped.
+ * "V" is a vendor, "D" a device of the vendor before, "O" a maker of boards with the device before,
+ * "S" a board of the maker before; the name of a board, or else of its maker, stands for that of
+ * the device. A name that is too long is cut; a name that is not found is empty.
  *
- * SM_STATUS_INVALID_PARAMETER: a pointer NULL, a size 0 or no file name; both sizes receive 0.
- * SM_STATUS_NO_MEMORY. SM_STATUS_FILE_NOT_FOUND: the file cannot be opened, or vendor and device
- * are not both in it. */
+ * @param[in] vendorID The identifier of the vendor.
+ * @param[in] deviceID The identifier of the device.
+ * @param[in] subVendorID The identifier of the maker of the board.
+ * @param[in] subDeviceID The identifier of the board.
+ * @param[in] pathFileName The path of the file. Not NULL, nor empty. Borrowed for the call.
+ * @param[out] vendorName The room for the name of the vendor. Not NULL. Stays the caller's.
+ * @param[in,out] vendorNameSize The room at `vendorName` in bytes, not 0; receives the length of
+ *   the name without its terminator. Not NULL. Stays the caller's.
+ * @param[out] deviceName The room for the name of the device. Not NULL. Stays the caller's.
+ * @param[in,out] deviceNameSize The room at `deviceName` in bytes, not 0; receives the length of
+ *   the name without its terminator. Not NULL. Stays the caller's.
+ * @retval SM_STATUS_SUCCESS vendor and device are both in the file
+ * @retval SM_STATUS_INVALID_PARAMETER a pointer is NULL, a size 0 or there is no file name; both
+ *   sizes receive 0
+ * @retval SM_STATUS_NO_MEMORY memory is short
+ * @retval SM_STATUS_FILE_NOT_FOUND the file cannot be opened or read, or vendor and device are not
+ *   both in it */
 KQSUPT_API SMStatus SMReadPCIDevFile(uint32_t vendorID, uint32_t deviceID, uint32_t subVendorID,
                                      uint32_t subDeviceID, const char* pathFileName,
                                      char* vendorName, uint32_t* vendorNameSize, char* deviceName,
                                      uint32_t* deviceNameSize);
+
+/** @} */
 
 #ifdef __cplusplus
 }
