@@ -1,16 +1,6 @@
 /** @file
  * Objects that threads and processes wait for: mutexes, semaphores, events, shared memory,
- * reader-writer locks. Also routines that run one at a time. */
-#ifndef KQSUPT_IPC_H
-#define KQSUPT_IPC_H
-
-#include <kqsupt/frame.h>
-
-#ifdef __cplusplus
-extern "C" {
-#endif
-
-/** @defgroup ipc Objects that threads and processes wait for
+ * reader-writer locks. Also routines that run one at a time.
  *
  * An object without a name is private to the process. One with a name is shared by every process
  * that uses the same name for the same kind of object; a name is text in UTF-8 of at least one
@@ -29,6 +19,17 @@ extern "C" {
  *
  * A permission says who may use a new object: -1 stands for 0664 and 0 for 0600; any other value is
  * a sum of SM_PERMISSION_ bits. The calls without a permission take -1 with a name and 0 without.
+ */
+#ifndef KQSUPT_IPC_H
+#define KQSUPT_IPC_H
+
+#include <kqsupt/frame.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** @defgroup ipc_permissions Permissions
  * @{ */
 
 /** Bits of a permission. Where the bit for all is set the three that follow it are not looked at.
@@ -51,7 +52,6 @@ enum {
 /** @} */
 
 /** @defgroup ipc_mutexes Mutexes
- * @ingroup ipc
  *
  * Held by one thread at a time, and not recursive. A named one is a lock file, which stays for
  * ever; it is locked while the process that locked it lives, and by nobody after a fork in the
@@ -121,7 +121,6 @@ KQSUPT_API void SMMutexDestroy(SMMutex* mutex);
 /** @} */
 
 /** @defgroup ipc_semaphores Semaphores
- * @ingroup ipc
  *
  * A count, which starts at 32767 at most. With a name it gets no higher; without one releases may
  * raise it beyond. A named one stays, with its count, until a creator destroys it; a process that
@@ -199,7 +198,6 @@ KQSUPT_API void SMSemaphoreDestroy(SMSemaphore* semaphore);
 /** @} */
 
 /** @defgroup ipc_events Events
- * @ingroup ipc
  *
  * Signalled or not. With manual reset an event stays signalled for all who wait, until it is reset;
  * with automatic reset it lets one through and is then reset. A named one stays, with its state,
@@ -292,7 +290,6 @@ KQSUPT_API void SMEventDestroy(SMEvent* event);
 /** @} */
 
 /** @defgroup ipc_shared_memory Shared memory
- * @ingroup ipc
  *
  * Always named. A segment belongs to the process that created it: while that lives others can open
  * it and nobody can create it. When it ends without SMSharedMemFree the segment stays with its
@@ -351,7 +348,6 @@ KQSUPT_API void SMSharedMemFree(SMSharedMem* memory);
 /** @} */
 
 /** @defgroup ipc_locks Reader-writer locks
- * @ingroup ipc
  *
  * Held by any number of readers or by one writer. No reader gets in while a writer waits. Whoever
  * holds one and asks again may wait for itself.
@@ -425,7 +421,6 @@ KQSUPT_API void SMRWLWriteLockRelease(SMRWLock* lock);
 /** @} */
 
 /** @defgroup ipc_sections Critical sections
- * @ingroup ipc
  *
  * A section that another thread was running when the process forked stays taken in the child.
  * @{ */

@@ -1,5 +1,8 @@
 /** @file
- * Host names and network addresses. */
+ * Host names and network addresses.
+ *
+ * Every function here answers 17 when the library has not started in this process. That is looked
+ * at before anything but the NULLs. */
 #ifndef KQSUPT_NET_H
 #define KQSUPT_NET_H
 
@@ -11,9 +14,6 @@ extern "C" {
 #endif
 
 /** @defgroup net_host The name of this machine
- *
- * Every function here answers 17 when the library has not started in this process. That is looked
- * at before anything but the NULLs.
  * @{ */
 
 /** Gives the host name. A name that is too long is cut without notice; it is always terminated.
@@ -58,9 +58,6 @@ KQSUPT_API SMStatus SMGetDNSSuffixNameName(char* buffer, uint32_t* size);
 /** @} */
 
 /** @defgroup net_ipv4 IPv4 addresses
- *
- * Every function here answers 17 when the library has not started in this process. That is looked
- * at before anything but the NULLs.
  * @{ */
 
 /** Reads an IPv4 address. Leading zeros of a part and every "x" in the text are dropped before it
@@ -92,9 +89,6 @@ KQSUPT_API SMStatus SMIPAddrNetworkToASCII(uint32_t address, char* buffer, uint3
 /** @} */
 
 /** @defgroup net_inet Addresses of either family
- *
- * Every function here answers 17 when the library has not started in this process. That is looked
- * at before anything but the NULLs.
  * @{ */
 
 /** Address families. An IPv4 address has 4 bytes, an IPv6 address 16, in network byte order. */
@@ -140,9 +134,6 @@ KQSUPT_API SMStatus SMInetAddrNetworkToUTF8(uint32_t family, const void* address
 /** @} */
 
 /** @defgroup net_lists The addresses of this machine
- *
- * Every function here answers 17 when the library has not started in this process. That is looked
- * at before anything but the NULLs.
  * @{ */
 
 /** An IPv4 address as dotted text. */
