@@ -253,8 +253,7 @@ KQSUPT_API uint32_t SMFilePropIsModified(SMFileProp* file);
 
 /** Releases the handle.
  *
- * @param[in] file the handle, which is void afterwards: the library releases it. NULL is ignored.
- */
+ * @param[in] file the handle, which the call takes over and frees. NULL is ignored. */
 KQSUPT_API void SMFilePropFree(SMFileProp* file);
 
 /** @} */
@@ -442,8 +441,8 @@ KQSUPT_API SMStatus SMReadINIFileValue(const char* section, const char* key, uin
  * @param[in] fileName the name of the file. Not NULL; borrowed for the call.
  * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
  * @retval SM_STATUS_SUCCESS the value was written, or the key or the section is taken out.
- * @retval SM_STATUS_UNSUCCESSFUL no section, no `fileName` or one that ends in "/", a name of
- *   more than 255 bytes, an unknown type, no key for a type that is not text, or the file cannot be
+ * @retval SM_STATUS_UNSUCCESSFUL no section, no `fileName` or one that ends in "/", a name of more
+ *   than 255 bytes, an unknown type, no key for a type that is not text, or the file cannot be
  *   read.
  * @retval SM_STATUS_BAD_LENGTH `valueSize` is not what the type asks for, or what is to be taken
  *   out is in a section that is not there.

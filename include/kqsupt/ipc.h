@@ -114,8 +114,8 @@ KQSUPT_API SMStatus SMMutexUnLock(SMMutex* mutex);
 /** Releases the handle. Whatever locks this process has on the lock file are given back, also those
  * of other handles with that name.
  *
- * @param[in] mutex the handle, which is void afterwards: the library releases it. NULL and handles
- *   of another kind are ignored. */
+ * @param[in] mutex the handle, which the call takes over and frees. NULL and handles of another
+ *   kind are ignored. */
 KQSUPT_API void SMMutexDestroy(SMMutex* mutex);
 
 /** @} */
@@ -191,8 +191,8 @@ KQSUPT_API SMStatus SMSemaphoreRelease(SMSemaphore* semaphore, int32_t count, ui
 /** Releases the handle. One that was created takes the semaphore away from everybody; one that was
  * opened does not.
  *
- * @param[in] semaphore the handle, which is void afterwards: the library releases it. NULL and
- *   handles of another kind are ignored. */
+ * @param[in] semaphore the handle, which the call takes over and frees. NULL and handles of another
+ *   kind are ignored. */
 KQSUPT_API void SMSemaphoreDestroy(SMSemaphore* semaphore);
 
 /** @} */
@@ -283,8 +283,8 @@ KQSUPT_API SMStatus SMEventPulse(SMEvent* event);
 /** Releases the handle. One that was created takes the event away from everybody; one that was
  * opened does not.
  *
- * @param[in] event the handle, which is void afterwards: the library releases it. NULL and handles
- *   of another kind are ignored. */
+ * @param[in] event the handle, which the call takes over and frees. NULL and handles of another
+ *   kind are ignored. */
 KQSUPT_API void SMEventDestroy(SMEvent* event);
 
 /** @} */
@@ -341,8 +341,8 @@ KQSUPT_API void* SMSharedMemGetAddressPtr(const SMSharedMem* memory);
  * segment takes it away: who has it open keeps it, and the name is free. One that took a segment
  * over holds it until the process ends.
  *
- * @param[in] memory the handle, which is void afterwards: the library releases it. NULL and handles
- *   of another kind are ignored. */
+ * @param[in] memory the handle, which the call takes over and frees. NULL and handles of another
+ *   kind are ignored. */
 KQSUPT_API void SMSharedMemFree(SMSharedMem* memory);
 
 /** @} */
@@ -374,8 +374,8 @@ KQSUPT_API SMRWLock* SMRWLCreate(const char* name);
  * everybody: other processes that have the lock go on, by looking again every millisecond when they
  * wait.
  *
- * @param[in] lock the lock, which is void afterwards: the library releases it. NULL and handles of
- *   another kind are ignored. */
+ * @param[in] lock the lock, which the call takes over and frees. NULL and handles of another kind
+ *   are ignored. */
 KQSUPT_API void SMRWLDestroy(SMRWLock* lock);
 
 /** Waits until no writer holds the lock or waits for it, and takes it as a reader. The wait has no
@@ -432,14 +432,16 @@ typedef void* (*SMCriticalSectionRoutine)(void* argument);
  * function. Different routines run at the same time; one that calls itself through this function
  * waits for ever.
  *
+ * With a `timeout` other than -1 the routine does not run, and the answer is no status but the
+ * address of `routine`, cut off to 32 bits, and never 0.
+ *
  * @param[in] routine what is to run; with NULL nothing does. It stays the caller's.
  * @param[in] argument passed on to `routine` as it is; may be NULL. What it points to stays the
  *   caller's.
- * @param[in] timeout must be -1. With any other value the routine does not run.
+ * @param[in] timeout must be -1.
  * @retval SM_STATUS_SUCCESS the routine has run, and also, without having run it, when `routine` is
  *   NULL, the library has not started or memory is short.
- * @return With a `timeout` other than -1 the address of `routine`, cut off to 32 bits, and never 0;
- *   it is no status of the table. */
+ * @retval 1 `timeout` is not -1, and the last 32 bits of the address of `routine` are 0. */
 KQSUPT_API SMStatus SMCriticalSectionExecute(SMCriticalSectionRoutine routine, void* argument,
                                              int32_t timeout);
 

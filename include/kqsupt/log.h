@@ -53,22 +53,19 @@ KQSUPT_API char* SMXGBufReAllocContent(SMXGBuf* buffer, uint32_t capacity,
 
 /** Frees the buffer with its content.
  *
- * @param[in] buffer the buffer, which is void afterwards: the library releases it. NULL is ignored.
- */
+ * @param[in] buffer the buffer, which the call takes over and frees. NULL is ignored. */
 KQSUPT_API void SMXGBufFree(SMXGBuf* buffer);
 
 /** Frees the buffer and returns its content, a terminated text.
  *
- * @param[in] buffer the buffer, which is void afterwards: the library releases it. NULL is answered
- *   with NULL.
+ * @param[in] buffer the buffer, which the call takes over and frees. NULL is answered with NULL.
  * @return The content, which the caller releases with SMXGBufFreeContent; NULL when `buffer` is
  *   NULL or has no content. */
 KQSUPT_API char* SMXGBufFreeGetContent(SMXGBuf* buffer);
 
 /** Frees what SMXGBufFreeGetContent returned.
  *
- * @param[in] content the content, which is void afterwards: the library releases it. NULL is
- *   ignored. */
+ * @param[in] content the content, which the call takes over and frees. NULL is ignored. */
 KQSUPT_API void SMXGBufFreeContent(char* content);
 
 /** Appends `<name>`, with the content of `attributes` behind the name.
@@ -76,8 +73,8 @@ KQSUPT_API void SMXGBufFreeContent(char* content);
  * @param[in,out] buffer the buffer that is appended to; on failure it is as it was. Not NULL; stays
  *   the caller's.
  * @param[in] name the name of the element, UTF-8. Not NULL; borrowed for the call.
- * @param[in] attributes the attributes, as SMXGBufCatAttribute writes them; NULL or empty for
- *   none. Another buffer than `buffer`; borrowed for the call.
+ * @param[in] attributes the attributes, as SMXGBufCatAttribute writes them; NULL or empty for none.
+ *   Not `buffer` itself; borrowed for the call.
  * @retval SM_STATUS_SUCCESS the tag was appended.
  * @retval SM_STATUS_INVALID_PARAMETER `buffer` or `name` is NULL, or `attributes` is `buffer`.
  * @retval SM_STATUS_NO_MEMORY memory is short, or the buffer has no content. */
@@ -99,8 +96,8 @@ KQSUPT_API SMStatus SMXGBufCatEndNode(SMXGBuf* buffer, const char* name);
  * @param[in,out] buffer the buffer that is appended to; on failure it is as it was. Not NULL; stays
  *   the caller's.
  * @param[in] name the name of the element, UTF-8. Not NULL; borrowed for the call.
- * @param[in] attributes the attributes, as SMXGBufCatAttribute writes them; NULL or empty for
- *   none. Another buffer than `buffer`; borrowed for the call.
+ * @param[in] attributes the attributes, as SMXGBufCatAttribute writes them; NULL or empty for none.
+ *   Not `buffer` itself; borrowed for the call.
  * @retval SM_STATUS_SUCCESS the tag was appended.
  * @retval SM_STATUS_INVALID_PARAMETER `buffer` or `name` is NULL, or `attributes` is `buffer`.
  * @retval SM_STATUS_NO_MEMORY memory is short, or the buffer has no content. */
@@ -162,8 +159,8 @@ KQSUPT_API SMStatus SMXGBufCatNodeValue(SMXGBuf* buffer, const void* value, uint
  * @param[in,out] buffer the buffer that is appended to; on failure it is as it was. Not NULL; stays
  *   the caller's.
  * @param[in] name the name of the element, UTF-8. Not NULL; borrowed for the call.
- * @param[in] attributes the attributes, as SMXGBufCatAttribute writes them; NULL or empty for
- *   none. Another buffer than `buffer`; borrowed for the call.
+ * @param[in] attributes the attributes, as SMXGBufCatAttribute writes them; NULL or empty for none.
+ *   Not `buffer` itself; borrowed for the call.
  * @param[in] value the value; with NULL the call appends `<name></name>` and succeeds; borrowed for
  *   the call.
  * @param[in] valueSize the size of the value in bytes. It counts the terminator of UTF-8 text,

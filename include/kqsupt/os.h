@@ -28,9 +28,8 @@ typedef void* (*SMThreadRoutine)(void* argument);
  *   its code must be there until the thread has ended.
  * @param[in] argument passed on to `routine` as it is; may be NULL. What it points to stays the
  *   caller's.
- * @return The record of the thread; NULL when `routine` is NULL, memory is short, or the system has
- *   no thread left. The caller hands the record to SMThreadStop or SMThreadKill, once, which
- *   release it; it is no block for SMFreeMem. */
+ * @return The record of the thread, which the caller releases with SMThreadStop or SMThreadKill,
+ *   once; NULL when `routine` is NULL, memory is short, or the system has no thread left. */
 KQSUPT_API SMThread* SMThreadStart(SMThreadRoutine routine, void* argument);
 
 /** Starts a thread that runs `routine` and that nobody waits for: it leaves nothing behind when it
@@ -48,8 +47,7 @@ KQSUPT_API SMStatus SMThreadStartAndRelease(SMThreadRoutine routine, void* argum
 /** Waits until the thread has ended, which may be long ago, and releases the record. A thread
  * cannot wait for itself.
  *
- * @param[in] thread the record from SMThreadStart, which is released and void afterwards. Not NULL.
- *   The call takes it over: the library releases it.
+ * @param[in] thread the record from SMThreadStart, which the call takes over and frees. Not NULL.
  * @retval SM_STATUS_SUCCESS the thread has ended and its record is released.
  * @retval SM_STATUS_INVALID_PARAMETER `thread` is NULL. */
 KQSUPT_API SMStatus SMThreadStop(SMThread* thread);
@@ -57,8 +55,7 @@ KQSUPT_API SMStatus SMThreadStop(SMThread* thread);
 /** Kills the thread with signal 9 and releases the record. That signal ends the whole process and
  * not the thread alone; only when the thread has ended already does the call return.
  *
- * @param[in] thread the record from SMThreadStart, which is released and void afterwards. Not NULL.
- *   The call takes it over: the library releases it.
+ * @param[in] thread the record from SMThreadStart, which the call takes over and frees. Not NULL.
  * @retval SM_STATUS_SUCCESS the thread had ended already; its record is released.
  * @retval SM_STATUS_INVALID_PARAMETER `thread` is NULL. */
 KQSUPT_API SMStatus SMThreadKill(SMThread* thread);
@@ -149,12 +146,14 @@ KQSUPT_API SMStatus SMLongFileNamesDisable(void);
  * @param[out] context receives 0. NULL is ignored; stays the caller's. */
 KQSUPT_API void SMGetExportContext(uint32_t* context);
 
-/** Does nothing: there is one context of exports, number 0, and it cannot be changed.
+/** Would choose the context of exports: does nothing. There is one, number 0, and it cannot be
+ * changed.
  *
  * @param[in] context not used. */
 KQSUPT_API void SMSetExportContext(uint32_t context);
 
-/** Does nothing: there is one context of exports, number 0, and it cannot be changed. */
+/** Would go back to the first context of exports: does nothing. There is one, number 0, and it
+ * cannot be changed. */
 KQSUPT_API void SMResetExportContext(void);
 
 /** @} */
@@ -197,16 +196,16 @@ typedef struct SMLib SMLib;
  * its own.
  *
  * @param[in] path the path of the library. NULL is answered with NULL; borrowed for the call.
- * @return The record of the library; NULL when `path` is NULL, memory is short, or the loader
- *   refuses, as it does when a name that the library needs is not defined anywhere. The caller
- *   hands the record to SMLibUnLoad, which releases it. */
+ * @return The record of the library, which the caller releases with SMLibUnLoad; NULL when `path`
+ *   is NULL, memory is short, or the loader refuses, as it does when a name that the library needs
+ *   is not defined anywhere. */
 KQSUPT_API SMLib* SMLibLoad(const char* path);
 
 /** Unloads a library and releases its record; its code stays in the process until every record of
  * it is gone.
  *
- * @param[in] library the record from SMLibLoad, which is void after success: the library releases
- *   it. After any failure it stays the caller's. Not NULL.
+ * @param[in] library the record from SMLibLoad, which the call takes over and frees on success;
+ *   after any failure it stays the caller's. Not NULL.
  * @retval SM_STATUS_SUCCESS the record is released.
  * @retval SM_STATUS_INVALID_PARAMETER `library` is NULL.
  * @retval SM_STATUS_OPERATION_FAILED it is a record of another kind.
@@ -225,7 +224,7 @@ KQSUPT_API void* SMLibLinkToExportFN(SMLib* library, const char* function);
 /** Gives an address of SMLibLinkToExportFN back, which releases nothing.
  *
  * @param[in] library the record that the address was found with. Not NULL; borrowed for the call.
- * @param[in] address the address. Not NULL. It stays the library's.
+ * @param[in] address the address, which stays the library's. Not NULL; borrowed for the call.
  * @retval SM_STATUS_SUCCESS nothing was to be done.
  * @retval SM_STATUS_INVALID_PARAMETER `library` or `address` is NULL.
  * @retval SM_STATUS_OPERATION_FAILED the record is of another kind. */
