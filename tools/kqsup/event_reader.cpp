@@ -208,6 +208,11 @@ void EventReader::go_to(uint64_t place) {
 }
 
 void EventReader::look_again() {
+  // What looked like the place to go on from may have been the first half of something else.
+  if (pending_ && pending_->size < kWindow) {
+    place_ = pending_->offset;
+    pending_.reset();
+  }
   window_size_ = 0;
   window_place_ = place_;
   has_end_ = false;
@@ -251,15 +256,25 @@ EventReader::Start EventReader::start_at(std::string_view bytes) const {
 }
 
 // A record whose units are ASCII looks the same in both orders, a byte apart: which one it is in is
-// known from the records before it, or else from where a log that is whole would have it.
+// known from the records before it, or from the line end that the log ends with, or else from where a
+// log that is whole would have it.
+ByteOrder EventReader::likely_order(std::string_view bytes, size_t at) const {
+  if (has_end_ && bytes.ends_with(std::string_view("\n\0", 2))) {
+    return ByteOrder::kLittle;
+  }
+  if (has_end_ && bytes.ends_with(std::string_view("\0\n", 2))) {
+    return ByteOrder::kBig;
+  }
+  return (place_ + at) % 2 == 0 ? ByteOrder::kLittle : ByteOrder::kBig;
+}
+
 EventReader::Start EventReader::next_text_start(std::string_view bytes, size_t from,
                                                 std::optional<ByteOrder> order) const {
   for (size_t at = find_bytes(bytes, kRecord, from); at != std::string_view::npos;
        at = find_bytes(bytes, kRecord, at + 1)) {
-    const bool is_even = (place_ + at) % 2 == 0;
-    const ByteOrder likely = order.value_or(is_even ? ByteOrder::kLittle : ByteOrder::kBig);
+    const ByteOrder likely = order.value_or(likely_order(bytes, at));
     const ByteOrder other = likely == ByteOrder::kLittle ? ByteOrder::kBig : ByteOrder::kLittle;
-    for (const ByteOrder each : {likely, other}) {
+    for (const ByteOrder each : {likely, order ? likely : other}) {
       const size_t before = each == ByteOrder::kLittle ? 0 : 1;
       if (at >= from + before && is_record(bytes.substr(at - before), each)) {
         return {Kind::kText, each, at - before};
@@ -353,7 +368,7 @@ EventReader::Found EventReader::next(bool is_final) {
         skip(1, kUnknown);
         continue;
       }
-      if (pending_) {
+      if (pending_ && (is_event || is_bounded)) {
         return tell_damage();
       }
       if (is_event) {

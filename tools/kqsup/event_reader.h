@@ -67,6 +67,7 @@ class EventReader {
   [[nodiscard]] Start start_after(std::string_view bytes, const Start& start) const;
   [[nodiscard]] Start next_text_start(std::string_view bytes, size_t from,
                                       std::optional<ByteOrder> order) const;
+  [[nodiscard]] ByteOrder likely_order(std::string_view bytes, size_t at) const;
   [[nodiscard]] bool may_be_little(std::string_view bytes, const Start& start) const;
   [[nodiscard]] bool parse(std::string_view bytes, const Start& start);
   [[nodiscard]] bool parse_text(std::string_view bytes, ByteOrder order);

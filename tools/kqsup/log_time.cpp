@@ -37,6 +37,11 @@ std::optional<CalendarSeconds> seconds_of(int year, int month, int day, const Cl
   return ((days * 24 + clock.hour) * 60 + clock.minute) * 60 + clock.second;
 }
 
+// Whether a name of three letters was found there in a row of them.
+bool is_name(size_t place) {
+  return place != std::string_view::npos && place % 3 == 0;
+}
+
 // "12:48" or "12:48:33".
 std::optional<Clock> parse_clock(std::string_view text) {
   const bool has_seconds = text.size() == 8 && text[5] == ':';
@@ -54,12 +59,12 @@ std::optional<CalendarSeconds> parse_calendar(std::string_view text) {
   constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
   // The day of the month has a blank in front when it has one digit.
   if (text.size() != 24 || text[3] != ' ' || text[7] != ' ' || text[10] != ' ' || text[19] != ' ' ||
-      kDays.find(text.substr(0, 3)) % 3 != 0) {
+      !is_name(kDays.find(text.substr(0, 3)))) {
     return std::nullopt;
   }
   const size_t month = kMonths.find(text.substr(4, 3));
   const auto clock = parse_clock(text.substr(11, 8));
-  if (month % 3 != 0 || !clock) {
+  if (!is_name(month) || !clock) {
     return std::nullopt;
   }
   return seconds_of(number(text.substr(20)), static_cast<int>(month / 3) + 1,
