@@ -225,7 +225,7 @@ std::string_view EventReader::rest() const {
 
 // Makes rest() longer, unless it has all there is or as much as may be held.
 bool EventReader::load_more() {
-  constexpr size_t kFirst = size_t{1} << 20;
+  constexpr size_t kFirst = size_t{64} << 10;
   const std::string_view kept = rest();
   if (has_end_ || kept.size() >= kWindow) {
     return false;
