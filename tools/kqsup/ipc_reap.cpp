@@ -36,18 +36,15 @@ struct Abandoned {
 
 // A segment whose creator is dead, to which nobody is attached, and whose guard is free: the kernel
 // gives the guard back when the process dies that took it, the creator or one that took over from
-// it. Where there is no guard the creator died before it made one, and no later one can use the
-// segment; there only a number that no process has proves it, which no clock can be wrong about.
+// it. Without a guard nothing proves that the segment was made by the library: another program may
+// use the key.
 bool is_abandoned(const Segment& segment, const SystemObjects& objects) {
-  if (segment.attached != 0 || segment.creator <= 0) {
+  const SemaphoreSet* const guard = objects.set_of_key(segment.key);
+  if (segment.attached != 0 || guard == nullptr || guard->semaphores != 1) {
     return false;
   }
   Processes processes;
   const Life life = processes.life_at(segment.creator, segment.made_at);
-  const SemaphoreSet* const guard = objects.set_of_key(segment.key);
-  if (guard == nullptr) {
-    return life == Life::kDead;
-  }
   const SemaphoreState state = look_at_semaphore(guard->id);
   return (life == Life::kDead || life == Life::kReused) && state.value.value_or(0) > 0 &&
          state.waiters == 0 && waiters_for_zero(guard->id) == 0;
@@ -70,9 +67,9 @@ bool is_abandoned(const NameRegistry::ListedSet& listed, const SystemObjects& ob
 std::vector<Abandoned> find_abandoned(const NameRegistry& registry, const SystemObjects& objects) {
   std::vector<Abandoned> found;
   for (const NameRegistry::Name& name : registry.names) {
-    const Segment* const segment = kind_of_name(name.text) == NameKind::kSharedMemory
-                                       ? objects.segment_of_key(name.key)
-                                       : nullptr;
+    const bool is_ours = kind_of_name(name.text) == NameKind::kSharedMemory &&
+                         name.key >= NameRegistry::kFirstKey && name.is_found_by_key;
+    const Segment* const segment = is_ours ? objects.segment_of_key(name.key) : nullptr;
     if (segment != nullptr && is_abandoned(*segment, objects)) {
       found.push_back({Abandoned::Kind::kSegment, segment->id, name.text, name.key, segment->size,
                        static_cast<uint64_t>(segment->creator)});

@@ -91,7 +91,7 @@ class Names {
       }
     }
     if (known_.insert(name).second) {
-      registry_.names.push_back({std::string(name), *key});
+      registry_.names.push_back({std::string(name), *key, false});
     }
   }
   [[nodiscard]] bool is_known(std::string_view name) const { return known_.contains(name); }
@@ -137,7 +137,9 @@ NameRegistry parse_name_registry(std::string_view content) {
     names.add(entry.key, key_in(entry.value));
   }
   // Both sections are changed at once. A name that only this one has was taken out of the other.
+  std::set<std::pair<uint32_t, std::string_view>> keys;
   for (const Entry& entry : entries_of(kNamesByKey)) {
+    keys.emplace(number<uint32_t>(entry.key).value_or(0), entry.value);
     if (!names.is_known(entry.value)) {
       registry.damage.push_back("the key " + quoted(entry.key) + " of the name " +
                                 quoted(entry.value) + " is not found by that name");
@@ -145,6 +147,9 @@ NameRegistry parse_name_registry(std::string_view content) {
         names.add(entry.value, key);
       }
     }
+  }
+  for (NameRegistry::Name& name : registry.names) {
+    name.is_found_by_key = keys.contains({name.key, name.text});
   }
   for (const Entry& entry : entries_of(kSemaphoreList)) {
     const auto id = number<int32_t>(entry.key);

@@ -29,6 +29,8 @@ struct NameRegistry {
   struct Name {
     std::string text;
     uint32_t key;
+    // The registry has it both ways. A file that is cut short may have but the first digits of a key.
+    bool is_found_by_key;
   };
   // A semaphore set without a key, and who made it.
   struct ListedSet {
