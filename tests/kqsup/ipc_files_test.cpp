@@ -100,11 +100,11 @@ TEST(KqsupNameRegistry, CutAnywhereItConfirmsNoOtherKeys) {
     for (const NameRegistry::Name& name : parse_name_registry(whole.substr(0, size)).names) {
       const bool is_right = (name.text == kSemaphoreA && name.key == 300002) ||
                             (name.text == kMemoryB && name.key == 300001);
-      EXPECT_TRUE(is_right || !name.is_found_by_key) << size;
+      EXPECT_TRUE(is_right || !name.is_found_both_ways) << size;
     }
   }
   for (const NameRegistry::Name& name : parse_name_registry(whole).names) {
-    EXPECT_TRUE(name.is_found_by_key);
+    EXPECT_TRUE(name.is_found_both_ways);
   }
 }
 

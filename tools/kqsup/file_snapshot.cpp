@@ -100,4 +100,11 @@ std::string read_kernel_file(const std::string& path) {
   return content;
 }
 
+std::string read_kernel_line(const std::string& path) {
+  const Descriptor file(path);
+  char line[4096];
+  const ssize_t count = file.get() >= 0 ? read(file.get(), line, sizeof line) : 0;
+  return {line, static_cast<size_t>(count > 0 ? count : 0)};
+}
+
 }  // namespace kqsup

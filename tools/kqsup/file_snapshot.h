@@ -21,5 +21,7 @@ inline constexpr size_t kLargestFile = size_t{64} << 20;
 
 // A file of the kernel's own, which has no size. Empty when it cannot be read.
 [[nodiscard]] std::string read_kernel_file(const std::string& path);
+// The same of one that is short: what the first read gives is all.
+[[nodiscard]] std::string read_kernel_line(const std::string& path);
 
 }  // namespace kqsup

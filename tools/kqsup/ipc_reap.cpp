@@ -68,7 +68,7 @@ std::vector<Abandoned> find_abandoned(const NameRegistry& registry, const System
   std::vector<Abandoned> found;
   for (const NameRegistry::Name& name : registry.names) {
     const bool is_ours = kind_of_name(name.text) == NameKind::kSharedMemory &&
-                         name.key >= NameRegistry::kFirstKey && name.is_found_by_key;
+                         name.key >= NameRegistry::kFirstKey && name.is_found_both_ways;
     const Segment* const segment = is_ours ? objects.segment_of_key(name.key) : nullptr;
     if (segment != nullptr && is_abandoned(*segment, objects)) {
       found.push_back({Abandoned::Kind::kSegment, segment->id, name.text, name.key, segment->size,

@@ -76,7 +76,7 @@ class Names {
  public:
   explicit Names(NameRegistry* registry) : registry_(*registry) {}
 
-  void add(std::string_view name, std::optional<uint32_t> key) {
+  void add(std::string_view name, std::optional<uint32_t> key, bool is_by_name) {
     if (key.value_or(0) == 0) {
       registry_.damage.push_back("the name " + quoted(name) + " has no key");
       return;
@@ -91,7 +91,7 @@ class Names {
       }
     }
     if (known_.insert(name).second) {
-      registry_.names.push_back({std::string(name), *key, false});
+      registry_.names.push_back({std::string(name), *key, is_by_name});
     }
   }
   [[nodiscard]] bool is_known(std::string_view name) const { return known_.contains(name); }
@@ -134,7 +134,7 @@ NameRegistry parse_name_registry(std::string_view content) {
   };
   Names names(&registry);
   for (const Entry& entry : entries_of(kKeysByName)) {
-    names.add(entry.key, key_in(entry.value));
+    names.add(entry.key, key_in(entry.value), true);
   }
   // Both sections are changed at once. A name that only this one has was taken out of the other.
   std::set<std::pair<uint32_t, std::string_view>> keys;
@@ -144,12 +144,12 @@ NameRegistry parse_name_registry(std::string_view content) {
       registry.damage.push_back("the key " + quoted(entry.key) + " of the name " +
                                 quoted(entry.value) + " is not found by that name");
       if (const auto key = number<uint32_t>(entry.key)) {
-        names.add(entry.value, key);
+        names.add(entry.value, key, false);
       }
     }
   }
   for (NameRegistry::Name& name : registry.names) {
-    name.is_found_by_key = keys.contains({name.key, name.text});
+    name.is_found_both_ways = name.is_found_both_ways && keys.contains({name.key, name.text});
   }
   for (const Entry& entry : entries_of(kSemaphoreList)) {
     const auto id = number<int32_t>(entry.key);

@@ -30,7 +30,7 @@ struct NameRegistry {
     std::string text;
     uint32_t key;
     // The registry has it both ways. A file that is cut short may have but the first digits of a key.
-    bool is_found_by_key;
+    bool is_found_both_ways;
   };
   // A semaphore set without a key, and who made it.
   struct ListedSet {
