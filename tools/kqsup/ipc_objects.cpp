@@ -69,12 +69,6 @@ bool read_key(const Row& row, uint32_t* key) {
   return read;
 }
 
-template <class Objects, class Wanted>
-auto find_object(const Objects& objects, Wanted wanted) {
-  const auto place = std::find_if(objects.begin(), objects.end(), wanted);
-  return place != objects.end() ? &*place : nullptr;
-}
-
 std::optional<int> ask_set(int32_t set, int command) {
   union {
     int value;
@@ -122,7 +116,8 @@ const Segment* SystemObjects::segment_of_key(uint32_t key) const {
   return key != 0 && place != segments.end() && place->key == key ? &*place : nullptr;
 }
 const SemaphoreSet* SystemObjects::set_of_id(int32_t id) const {
-  return find_object(sets, [id](const SemaphoreSet& set) { return set.id == id; });
+  const auto place = places.find(id);
+  return place != places.end() ? &sets[place->second] : nullptr;
 }
 
 std::optional<SystemObjects> parse_system_objects(std::string_view sets,
@@ -151,6 +146,9 @@ std::optional<SystemObjects> parse_system_objects(std::string_view sets,
   const auto by_key = [](const auto& a, const auto& b) { return a.key < b.key; };
   std::stable_sort(objects.sets.begin(), objects.sets.end(), by_key);
   std::stable_sort(objects.segments.begin(), objects.segments.end(), by_key);
+  for (size_t i = 0; i < objects.sets.size(); ++i) {
+    objects.places[objects.sets[i].id] = i;
+  }
   return objects;
 }
 

@@ -26,8 +26,9 @@ struct Segment {
 };
 
 struct SystemObjects {
-  std::vector<SemaphoreSet> sets;
+  std::vector<SemaphoreSet> sets;  // these and the segments in the order of their keys
   std::vector<Segment> segments;
+  std::map<int32_t, size_t> places;  // of the sets, by their identifiers
 
   // Null when there is none. Nothing else has one key twice.
   [[nodiscard]] const SemaphoreSet* set_of_key(uint32_t key) const;
