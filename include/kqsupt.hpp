@@ -943,9 +943,9 @@ class block_array {
     const size_t before = bytes_.size();
     // With room for the header of an array in any case, which the call asks for.
     bytes_.resize(before + more + kHeaderSize);
-    auto size = static_cast<uint32_t>(bytes_.size());
-    const SMStatus answer = SMSDOBinaryArrayAddData(bytes_.data(), &size, element.data(), more);
-    bytes_.resize(answer == SM_STATUS_SUCCESS ? size : before);
+    auto room = static_cast<uint32_t>(bytes_.size());
+    const SMStatus answer = SMSDOBinaryArrayAddData(bytes_.data(), &room, element.data(), more);
+    bytes_.resize(answer == SM_STATUS_SUCCESS ? before + more : before);
     return detail::code(answer);
   }
   [[nodiscard]] const block& bytes() const { return bytes_; }

@@ -4,7 +4,7 @@
 #include "second_unit.h"
 
 // Every class template of the header is compiled here, whole.
-template class kqsupt::result<kqsupt::record>;
+template class kqsupt::result<std::string>;
 template class kqsupt::result<uint32_t>;
 template class kqsupt::owner<SMEvent, SMEventDestroy>;
 template class kqsupt::guard<SMRWLock, SMRWLReadLockRelease>;
