@@ -1595,7 +1595,8 @@ class event : public owner<SMEvent, SMEventDestroy> {
   result<void> pulse() { return detail::code(SMEventPulse(get())); }
 };
 
-/// Owns a handle on a shared memory segment. -> SMSharedMemCreate_s, SMSharedMemFree
+/// Owns a handle on a shared memory segment. The one that made the segment takes it away; one that
+/// took over what a killed process left does not. -> SMSharedMemCreate_s, SMSharedMemFree
 class shared_memory : public owner<SMSharedMem, SMSharedMemFree> {
  public:
   using owner::owner;
