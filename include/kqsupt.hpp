@@ -1319,6 +1319,22 @@ inline result<std::string> base64_encode(std::string_view bytes) {
   return out;
 }
 
+/// The bytes of a text in Base64, whose characters are not checked. -> SMBase64Decode
+inline result<std::string> base64_decode(std::string_view text) {
+  if (text.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
+    return status::invalid_parameter;
+  }
+  std::string out(3 * (text.size() / 4) + 1, '\0');
+  (void)SMBase64Decode(out.data(), text.data(), static_cast<int32_t>(text.size()));
+  size_t size = 0;  // which the call does not tell
+  for (; text.size() >= 4; text.remove_prefix(4)) {
+    const size_t padding = text.substr(0, 4).find('=');
+    size += padding == std::string_view::npos ? 3 : padding < 2 ? 0 : padding - 1;
+  }
+  out.resize(size);
+  return out;
+}
+
 // ---- Threads ------------------------------------------------------------------------------------
 
 /// Owns a thread that runs: who lets go of it waits for its end. -> SMThreadStart, SMThreadStop
@@ -1707,6 +1723,27 @@ inline result<uint32_t> size_of_file(std::string_view path) {
   return answer == SM_STATUS_SUCCESS ? result<uint32_t>(size) : detail::code(answer);
 }
 
+/// -> SMMkDir
+inline result<void> make_directory(std::string_view path) {
+  const detail::c_text text(path);
+  return text ? detail::code(SMMkDir(text.get())) : status::invalid_parameter;
+}
+
+/// -> SMRmDir
+inline result<void> remove_directory(std::string_view path) {
+  const detail::c_text text(path);
+  return text ? detail::code(SMRmDir(text.get())) : status::invalid_parameter;
+}
+
+/// A name that no file in the directory has; none is made. -> SMGetTmpFile
+inline result<std::string> unused_name(std::string_view directory) {
+  const detail::c_text text(directory);
+  return text ? detail::text_out([&](char* buffer, uint32_t* size) {
+    return SMGetTmpFile(text.get(), buffer, size);
+  })
+              : status::invalid_parameter;
+}
+
 /// Owns what is known of a file that is looked at for changes. -> SMFilePropAlloc, SMFilePropFree
 class file_watch : public owner<SMFileProp, SMFilePropFree> {
  public:
@@ -2083,6 +2120,30 @@ inline uint64_t ticks() {
 inline result<std::string> host_name() {
   return detail::text_out(
       [](char* buffer, uint32_t* size) { return SMGetIPHostName(buffer, size); });
+}
+
+/// The address that a text of a family, SM_INET_FAMILY_, names: 4 or 16 bytes in network byte order.
+/// -> SMInetAddrUTF8ToNetwork
+inline result<std::string> parse_address(uint32_t family, std::string_view text) {
+  const detail::c_text terminated(text);
+  char bytes[16];
+  uint32_t size = sizeof bytes;
+  const SMStatus answer = terminated
+                              ? SMInetAddrUTF8ToNetwork(family, terminated.get(), bytes, &size)
+                              : SMStatus{SM_STATUS_INVALID_PARAMETER};
+  return answer == SM_STATUS_SUCCESS ? result<std::string>(std::string(bytes, size))
+                                     : detail::code(answer);
+}
+
+/// The text of such an address. -> SMInetAddrNetworkToUTF8
+inline result<std::string> format_address(uint32_t family, std::string_view address) {
+  if (!detail::fits(address.size())) {
+    return status::invalid_parameter;
+  }
+  return detail::text_out([&](char* buffer, uint32_t* size) {
+    return SMInetAddrNetworkToUTF8(family, address.data(), static_cast<uint32_t>(address.size()),
+                                   buffer, size);
+  });
 }
 
 /// The addresses of this machine of the families that `selector` names, an SM_INET_LIST_ value.

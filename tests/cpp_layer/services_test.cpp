@@ -130,6 +130,28 @@ TEST(Files, AreCopiedAndDeleted) {
   EXPECT_EQ(kqsupt::size_of_file(scratch.file("b")).code(), status::system_refused);
 }
 
+TEST(Directories, AreMadeAndRemoved) {
+  const Scratch scratch;
+  ASSERT_TRUE(kqsupt::make_directory(scratch.file("d")));
+  put(scratch.file("d/a"), "fan");
+  EXPECT_EQ(kqsupt::remove_directory(scratch.file("d")).code(), status::operation_failed);
+  EXPECT_EQ(kqsupt::unused_name(scratch.file("d")).value_or("").size(), 8U);
+  ASSERT_TRUE(kqsupt::delete_file(scratch.file("d/a")));
+  EXPECT_TRUE(kqsupt::remove_directory(scratch.file("d")));
+  EXPECT_EQ(kqsupt::remove_directory(scratch.file("d")).code(), status::data_not_found);
+}
+
+TEST(Addresses, RoundTripThroughTheirText) {
+  EXPECT_EQ(kqsupt::parse_address(SM_INET_FAMILY_IPV4, "10.0.0.1").value_or(""),
+            std::string("\x0A\0\0\x01", 4));
+  const std::string loopback = *kqsupt::parse_address(SM_INET_FAMILY_IPV6, "::1");
+  EXPECT_EQ(loopback.size(), 16U);
+  EXPECT_EQ(kqsupt::format_address(SM_INET_FAMILY_IPV6, loopback).value_or(""), "::1");
+  EXPECT_EQ(kqsupt::parse_address(SM_INET_FAMILY_IPV4, "fan").code(), status::invalid_parameter);
+  EXPECT_EQ(kqsupt::format_address(SM_INET_FAMILY_IPV4, loopback).code(),
+            status::invalid_parameter);
+}
+
 TEST(FileWatch, OwnsItsHandle) {
   const Scratch scratch;
   put(scratch.file("a"), "fan");
