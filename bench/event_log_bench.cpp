@@ -64,8 +64,8 @@ void lock_as(int file, short type) {
   require(fcntl(file, F_SETLKW, &lock) == 0);
 }
 
-// Looks how large the log is, opens and locks a lock file, opens the log and looks again, writes as
-// many bytes as an event has, and gives all of it up.
+// Opens and locks a lock file, opens the log and looks at its size and bits, writes as many bytes as
+// an event has, looks at the bits of the lock file, and gives all of it up.
 void do_floor(size_t count) {
   static const std::string log = no_log(SM_LOG_TEXT);
   static const std::string lock_file = log + ".lock";
@@ -74,13 +74,13 @@ void do_floor(size_t count) {
   close(open(log.c_str(), O_WRONLY | O_CREAT, 0664));
   for (size_t i = 0; i < count; ++i) {
     struct stat about {};
-    require(stat(log.c_str(), &about) == 0);
     const int held = open(lock_file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     lock_as(held, F_WRLCK);
     const int file = open(log.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
     require(fstat(file, &about) == 0);
     require(write(file, record.data(), record.size()) == static_cast<ssize_t>(record.size()));
     close(file);
+    require(fstat(held, &about) == 0);
     lock_as(held, F_UNLCK);
     close(held);
   }

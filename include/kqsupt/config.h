@@ -23,13 +23,13 @@ extern "C" {
  * becomes `newSeparator`. `*count` then receives one less than the number of items, and an empty
  * list gives NULL.
  *
- * @param[in] text The list. NULL is answered with NULL. Borrowed for the call.
- * @param[in] separator What stands between the items of `text`, or 0.
- * @param[in] newSeparator What stands behind or between the items of the new list, or 0.
- * @param[out] count Receives the number of items; 0 when the call answers NULL. May be NULL. Stays
+ * @param[in] text the list. NULL is answered with NULL; borrowed for the call.
+ * @param[in] separator what stands between the items of `text`, or 0.
+ * @param[in] newSeparator what stands behind or between the items of the new list, or 0.
+ * @param[out] count receives the number of items; 0 when the call answers NULL. May be NULL; stays
  *   the caller's.
- * @param[out] size Receives the size of the new list in bytes with its terminator; 0 when the call
- *   answers NULL. May be NULL. Stays the caller's.
+ * @param[out] size receives the size of the new list in bytes with its terminator; 0 when the call
+ *   answers NULL. May be NULL; stays the caller's.
  * @return The new list, newly allocated, which the caller releases with SMFreeMem; NULL when `text`
  *   is NULL or memory is short. */
 KQSUPT_API char* SMUTF8ConvertXSVToYSV(const char* text, char separator, char newSeparator,
@@ -65,80 +65,81 @@ enum {
 
 /** Gives the path of a product for a purpose, without a "/" at its end.
  *
- * @param[in] productID The ID of the product, as told above.
- * @param[in] pathType An SM_PATH_TYPE_ value.
- * @param[out] buffer The room for the path. With NULL nothing is copied. Stays the caller's.
- * @param[in,out] size The room at `buffer` in bytes; receives the size of the path with its
- *   terminator, or 0 where there is no such path. May be NULL only there. Stays the caller's.
- * @retval SM_STATUS_SUCCESS the path was written, or with `buffer` NULL its size told
+ * @param[in] productID the ID of the product, as told above.
+ * @param[in] pathType an SM_PATH_TYPE_ value.
+ * @param[out] buffer the room for the path. With NULL nothing is copied; stays the caller's.
+ * @param[in,out] size the room at `buffer` in bytes; receives the size of the path with its
+ *   terminator, or 0 where there is no such path. May be NULL only there; stays the caller's.
+ * @retval SM_STATUS_SUCCESS the path was written, or with `buffer` NULL its size told.
  * @retval SM_STATUS_DATA_NOT_FOUND there is no such product or type, the registry does not tell, or
- *   memory is too short to read it; `*size` receives 0, and `size` may be NULL
+ *   memory is too short to read it; `*size` receives 0, and `size` may be NULL.
  * @retval SM_STATUS_OPERATION_FAILED the path does not exist now; `*size` receives 0, and `size`
- *   may be NULL
- * @retval SM_STATUS_INVALID_PARAMETER `size` is NULL where there is such a path
- * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is too small, also with `buffer` NULL */
+ *   may be NULL.
+ * @retval SM_STATUS_INVALID_PARAMETER `size` is NULL where there is such a path.
+ * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is too small, also with `buffer` NULL. */
 KQSUPT_API SMStatus SMGetPathByProductIDandType(int32_t productID, uint32_t pathType, char* buffer,
                                                 uint32_t* size);
 
 /** As SMGetPathByProductIDandType for the install path of Quillance.
  *
- * @param[out] buffer The room for the path. With NULL nothing is copied. Stays the caller's.
- * @param[in,out] size The room at `buffer` in bytes; receives the size of the path with its
- *   terminator, or 0 where there is no such path. May be NULL only there. Stays the caller's.
- * @retval SM_STATUS_SUCCESS the path was written, or with `buffer` NULL its size told
+ * @param[out] buffer the room for the path. With NULL nothing is copied; stays the caller's.
+ * @param[in,out] size the room at `buffer` in bytes; receives the size of the path with its
+ *   terminator, or 0 where there is no such path. May be NULL only there; stays the caller's.
+ * @retval SM_STATUS_SUCCESS the path was written, or with `buffer` NULL its size told.
  * @retval SM_STATUS_DATA_NOT_FOUND the registry does not tell, or memory is too short to read it;
- *   `*size` receives 0, and `size` may be NULL
+ *   `*size` receives 0, and `size` may be NULL.
  * @retval SM_STATUS_OPERATION_FAILED the path does not exist now; `*size` receives 0, and `size`
- *   may be NULL
- * @retval SM_STATUS_INVALID_PARAMETER `size` is NULL where there is such a path
- * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is too small, also with `buffer` NULL */
+ *   may be NULL.
+ * @retval SM_STATUS_INVALID_PARAMETER `size` is NULL where there is such a path.
+ * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is too small, also with `buffer` NULL. */
 KQSUPT_API SMStatus SMGetInstallPath(char* buffer, uint32_t* size);
 
 /** As SMGetPathByProductIDandType for the install path of a product.
  *
- * @param[in] productID The ID of the product.
- * @param[out] buffer The room for the path. With NULL nothing is copied. Stays the caller's.
- * @param[in,out] size The room at `buffer` in bytes; receives the size of the path with its
- *   terminator, or 0 where there is no such path. May be NULL only there. Stays the caller's.
- * @retval SM_STATUS_SUCCESS the path was written, or with `buffer` NULL its size told
+ * @param[in] productID the ID of the product.
+ * @param[out] buffer the room for the path. With NULL nothing is copied; stays the caller's.
+ * @param[in,out] size the room at `buffer` in bytes; receives the size of the path with its
+ *   terminator, or 0 where there is no such path. May be NULL only there; stays the caller's.
+ * @retval SM_STATUS_SUCCESS the path was written, or with `buffer` NULL its size told.
  * @retval SM_STATUS_DATA_NOT_FOUND there is no such product, the registry does not tell, or memory
- *   is too short to read it; `*size` receives 0, and `size` may be NULL
+ *   is too short to read it; `*size` receives 0, and `size` may be NULL.
  * @retval SM_STATUS_OPERATION_FAILED the path does not exist now; `*size` receives 0, and `size`
- *   may be NULL
- * @retval SM_STATUS_INVALID_PARAMETER `size` is NULL where there is such a path
- * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is too small, also with `buffer` NULL */
+ *   may be NULL.
+ * @retval SM_STATUS_INVALID_PARAMETER `size` is NULL where there is such a path.
+ * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is too small, also with `buffer` NULL. */
 KQSUPT_API SMStatus SMGetInstallPathByProductID(int32_t productID, char* buffer, uint32_t* size);
 
 /** Copies `text`, in which the first `@ybinstallpath@`, in any case of letters, stands for the
  * family's install path.
  *
- * @param[in] text The text, of less than 255 bytes. Not NULL. Borrowed for the call.
- * @param[out] buffer The room for the result; NULL with a `*size` of 0 to ask for its size. Stays
+ * @param[in] text the text, of less than 255 bytes. Not NULL; borrowed for the call.
+ * @param[out] buffer the room for the result; NULL with a `*size` of 0 to ask for its size; stays
  *   the caller's.
- * @param[in,out] size The room at `buffer` in bytes; receives the size of the result with its
+ * @param[in,out] size the room at `buffer` in bytes; receives the size of the result with its
  *   terminator, the size that is needed with SM_STATUS_BUFFER_TOO_SMALL, and 0 with any other
- *   failure. Not NULL. Stays the caller's.
- * @retval SM_STATUS_SUCCESS the result was written
- * @retval SM_STATUS_INVALID_PARAMETER an argument is NULL, `buffer` only where there is room enough
- * @retval 0xFFFFFFFF `text` has 255 bytes or more
+ *   failure. Not NULL; stays the caller's.
+ * @retval SM_STATUS_SUCCESS the result was written.
+ * @retval SM_STATUS_INVALID_PARAMETER an argument is NULL, `buffer` only where there is room
+ *   enough.
+ * @retval 0xFFFFFFFF `text` has 255 bytes or more.
  * @retval SM_STATUS_DATA_NOT_FOUND the registry does not tell the family's install path, or memory
- *   is too short to read it
- * @retval SM_STATUS_OPERATION_FAILED the family's install path does not exist now
- * @retval SM_STATUS_NO_MEMORY memory is short
+ *   is too short to read it.
+ * @retval SM_STATUS_OPERATION_FAILED the family's install path does not exist now.
+ * @retval SM_STATUS_NO_MEMORY memory is short.
  * @retval SM_STATUS_BUFFER_TOO_SMALL the result does not fit into `*size` bytes, and `*size`
- *   receives the size that is needed */
+ *   receives the size that is needed. */
 KQSUPT_API SMStatus SMExpandYbInstallPathString(const char* text, char* buffer, uint32_t* size);
 
 /** Tells the ID of a product by its key.
  *
- * @param[in] productKey The key, such as "wexlib", in any case of letters. NULL is answered with 0.
- *   Borrowed for the call.
+ * @param[in] productKey the key, such as "wexlib", in any case of letters. NULL is answered with 0;
+ *   borrowed for the call.
  * @return The ID; 0 for NULL and unknown keys. */
 KQSUPT_API int32_t SMProductSIDToID(const char* productKey);
 
 /** Tells the key of a product by its ID.
  *
- * @param[in] productID The ID of the product.
+ * @param[in] productID the ID of the product.
  * @return The key, newly allocated, which the caller releases with SMFreeMem; NULL for an unknown
  *   product or when memory is short. */
 KQSUPT_API char* SMProductIDToSID(int32_t productID);
@@ -146,10 +147,10 @@ KQSUPT_API char* SMProductIDToSID(int32_t productID);
 /** Makes the path of a file below a product's install path: that path, "/", `subDirectory` and "/"
  * unless that is NULL or empty, `fileName`. The file need not exist.
  *
- * @param[in] productID The ID of the product.
- * @param[in] subDirectory The directory below that path; may be NULL or empty. Borrowed for the
+ * @param[in] productID the ID of the product.
+ * @param[in] subDirectory the directory below that path; may be NULL or empty; borrowed for the
  *   call.
- * @param[in] fileName The name of the file. NULL is answered with NULL. Borrowed for the call.
+ * @param[in] fileName the name of the file. NULL is answered with NULL; borrowed for the call.
  * @return The path, newly allocated, which the caller releases with SMFreeMem; NULL when `fileName`
  *   is NULL, the product's path cannot be had or memory is short. */
 KQSUPT_API char* SMMakePathFileNameByPID(int32_t productID, const char* subDirectory,
@@ -157,11 +158,11 @@ KQSUPT_API char* SMMakePathFileNameByPID(int32_t productID, const char* subDirec
 
 /** As SMMakePathFileNameByPID below a product's path for another purpose.
  *
- * @param[in] productID The ID of the product.
- * @param[in] pathType An SM_PATH_TYPE_ value.
- * @param[in] subDirectory The directory below that path; may be NULL or empty. Borrowed for the
+ * @param[in] productID the ID of the product.
+ * @param[in] pathType an SM_PATH_TYPE_ value.
+ * @param[in] subDirectory the directory below that path; may be NULL or empty; borrowed for the
  *   call.
- * @param[in] fileName The name of the file. NULL is answered with NULL. Borrowed for the call.
+ * @param[in] fileName the name of the file. NULL is answered with NULL; borrowed for the call.
  * @return The path, newly allocated, which the caller releases with SMFreeMem; NULL when `fileName`
  *   is NULL, the product's path cannot be had or memory is short. */
 KQSUPT_API char* SMMakePathFileNameByPIDAndType(int32_t productID, uint32_t pathType,
@@ -170,13 +171,13 @@ KQSUPT_API char* SMMakePathFileNameByPIDAndType(int32_t productID, uint32_t path
 /** Finds the file `fileName` for a language such as "en_US": the first that exists of
  * base/directory/en/US/sub/file, base/directory/en/sub/file and base/directory/sub/file.
  *
- * @param[in] baseDirectory The base directory; NULL stands for ".". Borrowed for the call.
- * @param[in] directory The directory below it. NULL is answered with NULL. Borrowed for the call.
- * @param[in] languageID The language, of at most 8 bytes; NULL stands for the language of the
- *   environment. Borrowed for the call.
- * @param[in] subDirectory The directory below that of the language; may be NULL or empty. Borrowed
+ * @param[in] baseDirectory the base directory; NULL stands for "."; borrowed for the call.
+ * @param[in] directory the directory below it. NULL is answered with NULL; borrowed for the call.
+ * @param[in] languageID the language, of at most 8 bytes; NULL stands for the language of the
+ *   environment; borrowed for the call.
+ * @param[in] subDirectory the directory below that of the language; may be NULL or empty; borrowed
  *   for the call.
- * @param[in] fileName The name of the file. NULL is answered with NULL. Borrowed for the call.
+ * @param[in] fileName the name of the file. NULL is answered with NULL; borrowed for the call.
  * @return The path of the file, newly allocated, which the caller releases with SMFreeMem; NULL
  *   when `directory` or `fileName` is NULL, `languageID` has more than 8 bytes, no such file with a
  *   path of at most 255 bytes exists, or memory is short. */
@@ -191,47 +192,47 @@ KQSUPT_API char* SMGetLocalizedPathFileName(const char* baseDirectory, const cha
 
 /** Makes a directory with the mode 0755, less the process's umask. Its parent must be there.
  *
- * @param[in] path The path of the directory. Not NULL. Borrowed for the call.
- * @retval SM_STATUS_SUCCESS the directory was made, or exists
- * @retval 0xFFFFFFFF `path` is NULL, or the system refuses */
+ * @param[in] path the path of the directory. Not NULL; borrowed for the call.
+ * @retval SM_STATUS_SUCCESS the directory was made, or exists.
+ * @retval 0xFFFFFFFF `path` is NULL, or the system refuses. */
 KQSUPT_API SMStatus SMMkDir(const char* path);
 
 /** Removes a directory.
  *
- * @param[in] path The path of the directory. Not NULL. Borrowed for the call.
- * @retval SM_STATUS_SUCCESS the directory was removed
- * @retval SM_STATUS_OPERATION_FAILED it is not empty
- * @retval SM_STATUS_DATA_NOT_FOUND it does not exist
- * @retval 0xFFFFFFFF `path` is NULL, or the system refuses otherwise */
+ * @param[in] path the path of the directory. Not NULL; borrowed for the call.
+ * @retval SM_STATUS_SUCCESS the directory was removed.
+ * @retval SM_STATUS_OPERATION_FAILED it is not empty.
+ * @retval SM_STATUS_DATA_NOT_FOUND it does not exist.
+ * @retval 0xFFFFFFFF `path` is NULL, or the system refuses otherwise. */
 KQSUPT_API SMStatus SMRmDir(const char* path);
 
 /** Deletes a file.
  *
- * @param[in] path The path of the file. Not NULL. Borrowed for the call.
- * @retval SM_STATUS_SUCCESS the file was deleted
- * @retval 0xFFFFFFFF `path` is NULL, or the system refuses */
+ * @param[in] path the path of the file. Not NULL; borrowed for the call.
+ * @retval SM_STATUS_SUCCESS the file was deleted.
+ * @retval 0xFFFFFFFF `path` is NULL, or the system refuses. */
 KQSUPT_API SMStatus SMDeleteFile(const char* path);
 
 /** Tells the size of a file.
  *
- * @param[in] path The path of the file. Not NULL. Borrowed for the call.
- * @param[out] size Receives the size in bytes, 0 on failure. Not NULL. Stays the caller's.
- * @retval SM_STATUS_SUCCESS the size was written
+ * @param[in] path the path of the file. Not NULL; borrowed for the call.
+ * @param[out] size receives the size in bytes, 0 on failure. Not NULL; stays the caller's.
+ * @retval SM_STATUS_SUCCESS the size was written.
  * @retval 0xFFFFFFFF the file cannot be opened or has no size up to 2,147,483,647 bytes, or an
- *   argument is NULL */
+ *   argument is NULL. */
 KQSUPT_API SMStatus SMGetSizeOfFile(const char* path, uint32_t* size);
 
 /** Gives a name of 8 characters that no file in `directory` has. No file is made: another process
  * may take the name meanwhile.
  *
- * @param[in] directory The path of the directory. Not NULL. Borrowed for the call.
- * @param[out] buffer The room for the name; NULL to ask for its size. Stays the caller's.
- * @param[in,out] size The room at `buffer` in bytes; receives 9. Not NULL. Stays the caller's.
- * @retval SM_STATUS_SUCCESS the name was written
- * @retval SM_STATUS_INVALID_PARAMETER `directory` or `size` is NULL
- * @retval SM_STATUS_BUFFER_TOO_SMALL `buffer` is NULL, or `*size` less than 9, which it receives
- * @retval SM_STATUS_NO_MEMORY memory is short
- * @retval 0xFFFFFFFF a hundred names that were tried all exist */
+ * @param[in] directory the path of the directory. Not NULL; borrowed for the call.
+ * @param[out] buffer the room for the name; NULL to ask for its size; stays the caller's.
+ * @param[in,out] size the room at `buffer` in bytes; receives 9. Not NULL; stays the caller's.
+ * @retval SM_STATUS_SUCCESS the name was written.
+ * @retval SM_STATUS_INVALID_PARAMETER `directory` or `size` is NULL.
+ * @retval SM_STATUS_BUFFER_TOO_SMALL `buffer` is NULL, or `*size` less than 9, which it receives.
+ * @retval SM_STATUS_NO_MEMORY memory is short.
+ * @retval 0xFFFFFFFF a hundred names that were tried all exist. */
 KQSUPT_API SMStatus SMGetTmpFile(const char* directory, char* buffer, uint32_t* size);
 
 /** A file that is looked at for changes. */
@@ -239,21 +240,20 @@ typedef struct SMFileProp SMFileProp;
 
 /** Notes when the file was last modified.
  *
- * @param[in] path The path of the file. NULL is answered with NULL. Borrowed for the call.
+ * @param[in] path the path of the file. NULL is answered with NULL; borrowed for the call.
  * @return The handle, which the caller releases with SMFilePropFree; NULL when `path` is NULL, the
  *   file cannot be looked at or memory is short. */
 KQSUPT_API SMFileProp* SMFilePropAlloc(const char* path);
 
 /** Tells whether the file was modified in another second than was noted, which is now noted.
  *
- * @param[in,out] file The handle. NULL is answered with 0. Stays the caller's.
+ * @param[in,out] file the handle. NULL is answered with 0; stays the caller's.
  * @return 1 when it was; else 0, also for NULL and when the file cannot be looked at. */
 KQSUPT_API uint32_t SMFilePropIsModified(SMFileProp* file);
 
 /** Releases the handle.
  *
- * @param[in] file The handle, which is void afterwards: the library releases it. NULL is ignored.
- */
+ * @param[in] file the handle, which the call takes over and frees. NULL is ignored. */
 KQSUPT_API void SMFilePropFree(SMFileProp* file);
 
 /** @} */
@@ -310,34 +310,34 @@ enum {
  * failure the buffer is as it was, and for lists no default is used. Other types: whatever failed
  * but an argument, when the default has the size of the type at least; else `*size` receives 0.
  *
- * @param[in] section The section; NULL for the list of all sections. Borrowed for the call.
- * @param[in] key The key; NULL for the list of the section's keys. Borrowed for the call.
- * @param[in] type An SMINI_TYPE_ value.
- * @param[out] buffer The room for the value. Not NULL. Stays the caller's.
- * @param[in,out] size The room at `buffer` in bytes; receives what is told above. Not NULL. Stays
+ * @param[in] section the section; NULL for the list of all sections; borrowed for the call.
+ * @param[in] key the key; NULL for the list of the section's keys; borrowed for the call.
+ * @param[in] type an SMINI_TYPE_ value.
+ * @param[out] buffer the room for the value. Not NULL; stays the caller's.
+ * @param[in,out] size the room at `buffer` in bytes; receives what is told above. Not NULL; stays
  *   the caller's.
- * @param[in] defaultValue What the buffer receives when the value cannot be had; NULL for no
- *   default. Borrowed for the call.
- * @param[in] defaultSize The size of the default in bytes; 0 for no default.
- * @param[in] pathFileName The path of the file. Not NULL, nor empty. Borrowed for the call.
+ * @param[in] defaultValue what the buffer receives when the value cannot be had; NULL for no
+ *   default; borrowed for the call.
+ * @param[in] defaultSize the size of the default in bytes; 0 for no default.
+ * @param[in] pathFileName the path of the file. Not NULL, nor empty; borrowed for the call.
  * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
- * @retval SM_STATUS_SUCCESS the value or the list was written
+ * @retval SM_STATUS_SUCCESS the value or the list was written.
  * @retval SM_STATUS_UNSUCCESSFUL `buffer` or `size` is NULL, `*size` too small for the type, no
  *   path, an unknown type, no section or key for a type that is not SMINI_TYPE_UTF8, a default of
  *   type SMINI_TYPE_UCS2_STRICT whose size is not that of the text; or the file is not a file that
- *   can be read
- * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
- * @retval SM_STATUS_SECTION_NOT_FOUND there is no such section; for a list, none at all
- * @retval SM_STATUS_KEY_NOT_FOUND there is no such key; for a list, none at all
- * @retval SM_STATUS_END_OF_FILE a header without "]" comes before what is looked for
+ *   can be read.
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened.
+ * @retval SM_STATUS_SECTION_NOT_FOUND there is no such section; for a list, none at all.
+ * @retval SM_STATUS_KEY_NOT_FOUND there is no such key; for a list, none at all.
+ * @retval SM_STATUS_END_OF_FILE a header without "]" comes before what is looked for.
  * @retval SM_STATUS_BAD_LENGTH the value is neither "TRUE" nor "FALSE", or not UTF-8 where UCS-2 is
- *   wanted
+ *   wanted.
  * @retval SM_STATUS_BUFFER_TOO_SMALL a text, or a list, does not fit into `*size` bytes; `*size`
- *   receives the size that is needed
- * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started
- * @retval 0xFFFFFFFF memory is short; or the file cannot be locked
- * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1
- * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process */
+ *   receives the size that is needed.
+ * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started.
+ * @retval 0xFFFFFFFF memory is short; or the file cannot be locked.
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1.
+ * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process. */
 KQSUPT_API SMStatus SMReadINIPathFileValue(const char* section, const char* key, uint32_t type,
                                            void* buffer, uint32_t* size, const void* defaultValue,
                                            uint32_t defaultSize, const char* pathFileName,
@@ -355,36 +355,36 @@ KQSUPT_API SMStatus SMReadINIPathFileValue(const char* section, const char* key,
  * After every failure but one the file is as it was: with SM_STATUS_ACCESS_DENIED the old content
  * may be there still, and the next one to use the file goes back to it.
  *
- * @param[in] section The section, of at most 255 bytes. Not NULL. Borrowed for the call.
- * @param[in] key The key, of at most 255 bytes; NULL to take the section out. Borrowed for the
+ * @param[in] section the section, of at most 255 bytes. Not NULL; borrowed for the call.
+ * @param[in] key the key, of at most 255 bytes; NULL to take the section out; borrowed for the
  *   call.
- * @param[in] type An SMINI_TYPE_ value.
- * @param[in] value The value; NULL to take the key or the section out, which text alone can.
- *   Borrowed for the call.
- * @param[in] valueSize Of text the size with its terminator, of UCS-2 text at most 2,048 bytes. Of
+ * @param[in] type an SMINI_TYPE_ value.
+ * @param[in] value the value; NULL to take the key or the section out, which text alone can;
+ *   borrowed for the call.
+ * @param[in] valueSize of text the size with its terminator, of UCS-2 text at most 2,048 bytes. Of
  *   SMINI_TYPE_UCS2 it is only checked, from 1 to 2,048: the text is written to its terminator,
  *   which must be there. Of other types the size of the type at least.
- * @param[in] pathFileName The path of the file. Not NULL, nor empty. Borrowed for the call.
+ * @param[in] pathFileName the path of the file. Not NULL, nor empty; borrowed for the call.
  * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
- * @retval SM_STATUS_SUCCESS the value was written, or the key or the section is taken out
+ * @retval SM_STATUS_SUCCESS the value was written, or the key or the section is taken out.
  * @retval SM_STATUS_UNSUCCESSFUL no section, no path or one that ends in "/", a name of more than
- *   255 bytes, an unknown type, no key for a type that is not text, or the file cannot be read
+ *   255 bytes, an unknown type, no key for a type that is not text, or the file cannot be read.
  * @retval SM_STATUS_BAD_LENGTH `valueSize` is not what the type asks for, or what is to be taken
- *   out is in a section that is not there
- * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
- * @retval SM_STATUS_END_OF_FILE a header without "]" comes before the section
- * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made, or the file not be added to
- * @retval SM_STATUS_OUT_OF_SPACE the file cannot be written
- * @retval SM_STATUS_ALREADY_EXISTS the new file cannot be renamed
+ *   out is in a section that is not there.
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened.
+ * @retval SM_STATUS_END_OF_FILE a header without "]" comes before the section.
+ * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made, or the file not be added to.
+ * @retval SM_STATUS_OUT_OF_SPACE the file cannot be written.
+ * @retval SM_STATUS_ALREADY_EXISTS the new file cannot be renamed.
  * @retval 0xFFFFFFFF the directory cannot be made, there is no name for a new file, or the old one
  *   cannot be renamed; memory is short; or the file cannot be locked, or an interrupted change not
- *   be undone
+ *   be undone.
  * @retval SM_STATUS_NO_MEMORY memory is short, as it always is for changing a file of more than
- *   2,147,483,646 bytes, or the library has not started
+ *   2,147,483,646 bytes, or the library has not started.
  * @retval SM_STATUS_ACCESS_DENIED the old content cannot be deleted, and the next one to use the
- *   file goes back to it; or the file may not be locked by this process, and nothing is written
- * @retval SM_STATUS_OPERATION_FAILED the text is not UCS-2
- * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1 */
+ *   file goes back to it; or the file may not be locked by this process, and nothing is written.
+ * @retval SM_STATUS_OPERATION_FAILED the text is not UCS-2.
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1. */
 KQSUPT_API SMStatus SMWriteINIPathFileValue(const char* section, const char* key, uint32_t type,
                                             const void* value, uint32_t valueSize,
                                             const char* pathFileName, uint16_t lockWait);
@@ -393,34 +393,34 @@ KQSUPT_API SMStatus SMWriteINIPathFileValue(const char* section, const char* key
  * files of the product Quillance. When the path cannot be had, the buffer and `*size` are as they
  * were.
  *
- * @param[in] section The section; NULL for the list of all sections. Borrowed for the call.
- * @param[in] key The key; NULL for the list of the section's keys. Borrowed for the call.
- * @param[in] type An SMINI_TYPE_ value.
- * @param[out] buffer The room for the value. Not NULL. Stays the caller's.
- * @param[in,out] size The room at `buffer` in bytes; receives what is told above. Not NULL. Stays
+ * @param[in] section the section; NULL for the list of all sections; borrowed for the call.
+ * @param[in] key the key; NULL for the list of the section's keys; borrowed for the call.
+ * @param[in] type an SMINI_TYPE_ value.
+ * @param[out] buffer the room for the value. Not NULL; stays the caller's.
+ * @param[in,out] size the room at `buffer` in bytes; receives what is told above. Not NULL; stays
  *   the caller's.
- * @param[in] defaultValue What the buffer receives when the value cannot be had; NULL for no
- *   default. Borrowed for the call.
- * @param[in] defaultSize The size of the default in bytes; 0 for no default.
- * @param[in] fileName The name of the file. Not NULL. Borrowed for the call.
+ * @param[in] defaultValue what the buffer receives when the value cannot be had; NULL for no
+ *   default; borrowed for the call.
+ * @param[in] defaultSize the size of the default in bytes; 0 for no default.
+ * @param[in] fileName the name of the file. Not NULL; borrowed for the call.
  * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
- * @retval SM_STATUS_SUCCESS the value or the list was written
+ * @retval SM_STATUS_SUCCESS the value or the list was written.
  * @retval SM_STATUS_UNSUCCESSFUL `buffer` or `size` is NULL, `*size` too small for the type, no
  *   `fileName`, an unknown type, no section or key for a type that is not SMINI_TYPE_UTF8, a
  *   default of type SMINI_TYPE_UCS2_STRICT whose size is not that of the text; or the file is not a
- *   file that can be read
- * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
- * @retval SM_STATUS_SECTION_NOT_FOUND there is no such section; for a list, none at all
- * @retval SM_STATUS_KEY_NOT_FOUND there is no such key; for a list, none at all
- * @retval SM_STATUS_END_OF_FILE a header without "]" comes before what is looked for
+ *   file that can be read.
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened.
+ * @retval SM_STATUS_SECTION_NOT_FOUND there is no such section; for a list, none at all.
+ * @retval SM_STATUS_KEY_NOT_FOUND there is no such key; for a list, none at all.
+ * @retval SM_STATUS_END_OF_FILE a header without "]" comes before what is looked for.
  * @retval SM_STATUS_BAD_LENGTH the value is neither "TRUE" nor "FALSE", or not UTF-8 where UCS-2 is
- *   wanted
+ *   wanted.
  * @retval SM_STATUS_BUFFER_TOO_SMALL the path of the file has more than 254 bytes; or a text, or a
- *   list, does not fit into `*size` bytes, and `*size` receives the size that is needed
- * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started
- * @retval 0xFFFFFFFF the product has no such path; memory is short; or the file cannot be locked
- * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1
- * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process */
+ *   list, does not fit into `*size` bytes, and `*size` receives the size that is needed.
+ * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started.
+ * @retval 0xFFFFFFFF the product has no such path; memory is short; or the file cannot be locked.
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1.
+ * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process. */
 KQSUPT_API SMStatus SMReadINIFileValue(const char* section, const char* key, uint32_t type,
                                        void* buffer, uint32_t* size, const void* defaultValue,
                                        uint32_t defaultSize, const char* fileName,
@@ -429,38 +429,38 @@ KQSUPT_API SMStatus SMReadINIFileValue(const char* section, const char* key, uin
 /** As SMWriteINIPathFileValue for the file `fileName` in the directory "ini" in the path for INI
  * files of the product Quillance.
  *
- * @param[in] section The section, of at most 255 bytes. Not NULL. Borrowed for the call.
- * @param[in] key The key, of at most 255 bytes; NULL to take the section out. Borrowed for the
+ * @param[in] section the section, of at most 255 bytes. Not NULL; borrowed for the call.
+ * @param[in] key the key, of at most 255 bytes; NULL to take the section out; borrowed for the
  *   call.
- * @param[in] type An SMINI_TYPE_ value.
- * @param[in] value The value; NULL to take the key or the section out, which text alone can.
- *   Borrowed for the call.
- * @param[in] valueSize Of text the size with its terminator, of UCS-2 text at most 2,048 bytes. Of
+ * @param[in] type an SMINI_TYPE_ value.
+ * @param[in] value the value; NULL to take the key or the section out, which text alone can;
+ *   borrowed for the call.
+ * @param[in] valueSize of text the size with its terminator, of UCS-2 text at most 2,048 bytes. Of
  *   SMINI_TYPE_UCS2 it is only checked, from 1 to 2,048: the text is written to its terminator,
  *   which must be there. Of other types the size of the type at least.
- * @param[in] fileName The name of the file. Not NULL. Borrowed for the call.
+ * @param[in] fileName the name of the file. Not NULL; borrowed for the call.
  * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
- * @retval SM_STATUS_SUCCESS the value was written, or the key or the section is taken out
- * @retval SM_STATUS_UNSUCCESSFUL no section, no `fileName` or one that ends in "/", a name of
- *   more than 255 bytes, an unknown type, no key for a type that is not text, or the file cannot be
- *   read
+ * @retval SM_STATUS_SUCCESS the value was written, or the key or the section is taken out.
+ * @retval SM_STATUS_UNSUCCESSFUL no section, no `fileName` or one that ends in "/", a name of more
+ *   than 255 bytes, an unknown type, no key for a type that is not text, or the file cannot be
+ *   read.
  * @retval SM_STATUS_BAD_LENGTH `valueSize` is not what the type asks for, or what is to be taken
- *   out is in a section that is not there
- * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
- * @retval SM_STATUS_END_OF_FILE a header without "]" comes before the section
- * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made, or the file not be added to
- * @retval SM_STATUS_OUT_OF_SPACE the file cannot be written
- * @retval SM_STATUS_ALREADY_EXISTS the new file cannot be renamed
- * @retval SM_STATUS_BUFFER_TOO_SMALL the path of the file has more than 254 bytes
+ *   out is in a section that is not there.
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened.
+ * @retval SM_STATUS_END_OF_FILE a header without "]" comes before the section.
+ * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made, or the file not be added to.
+ * @retval SM_STATUS_OUT_OF_SPACE the file cannot be written.
+ * @retval SM_STATUS_ALREADY_EXISTS the new file cannot be renamed.
+ * @retval SM_STATUS_BUFFER_TOO_SMALL the path of the file has more than 254 bytes.
  * @retval 0xFFFFFFFF the product has no such path; the directory cannot be made, there is no name
  *   for a new file, or the old one cannot be renamed; memory is short; or the file cannot be
- *   locked, or an interrupted change not be undone
+ *   locked, or an interrupted change not be undone.
  * @retval SM_STATUS_NO_MEMORY memory is short, as it always is for changing a file of more than
- *   2,147,483,646 bytes, or the library has not started
+ *   2,147,483,646 bytes, or the library has not started.
  * @retval SM_STATUS_ACCESS_DENIED the old content cannot be deleted, and the next one to use the
- *   file goes back to it; or the file may not be locked by this process, and nothing is written
- * @retval SM_STATUS_OPERATION_FAILED the text is not UCS-2
- * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1 */
+ *   file goes back to it; or the file may not be locked by this process, and nothing is written.
+ * @retval SM_STATUS_OPERATION_FAILED the text is not UCS-2.
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1. */
 KQSUPT_API SMStatus SMWriteINIFileValue(const char* section, const char* key, uint32_t type,
                                         const void* value, uint32_t valueSize, const char* fileName,
                                         uint16_t lockWait);
@@ -468,15 +468,15 @@ KQSUPT_API SMStatus SMWriteINIFileValue(const char* section, const char* key, ui
 /** Reads the text of a key into memory of its own. When there is none, `defaultValue` is copied,
  * but only where the file is there and can be read.
  *
- * @param[in] section The section; with NULL the text is the list of all sections, as
- *   SMReadINIPathFileValue lists them. Borrowed for the call.
- * @param[in] key The key; with NULL the text is the list of the section's keys. Borrowed for the
+ * @param[in] section the section; with NULL the text is the list of all sections, as
+ *   SMReadINIPathFileValue lists them; borrowed for the call.
+ * @param[in] key the key; with NULL the text is the list of the section's keys; borrowed for the
  *   call.
- * @param[in] defaultValue The text to copy when there is none; NULL for no default. Borrowed for
+ * @param[in] defaultValue the text to copy when there is none; NULL for no default; borrowed for
  *   the call.
- * @param[out] size Receives the size of the text; 0 when the call answers NULL. May be NULL. Stays
+ * @param[out] size receives the size of the text; 0 when the call answers NULL. May be NULL; stays
  *   the caller's.
- * @param[in] pathFileName The path of the file. NULL is answered with NULL. Borrowed for the call.
+ * @param[in] pathFileName the path of the file. NULL is answered with NULL; borrowed for the call.
  * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
  * @return The text, newly allocated, which the caller releases with SMFreeMem; NULL when there is
  *   neither a text nor a default, the text has more than 32,767 bytes or memory is short. */
@@ -486,13 +486,13 @@ KQSUPT_API char* SMReadINISectionKeyUTF8Value(const char* section, const char* k
 
 /** Tells the value that `table` has for the text of a key, in any case of letters.
  *
- * @param[in] section The section. Not NULL. Borrowed for the call.
- * @param[in] key The key. Not NULL. Borrowed for the call.
- * @param[in] table The names and their values. Not NULL. Borrowed for the call.
- * @param[in] count The number of entries of `table`, 2 at least.
- * @param[in] isBitMask With 1 the text is a list of names with "," between them; with any other
+ * @param[in] section the section. Not NULL; borrowed for the call.
+ * @param[in] key the key. Not NULL; borrowed for the call.
+ * @param[in] table the names and their values. Not NULL; borrowed for the call.
+ * @param[in] count the number of entries of `table`, 2 at least.
+ * @param[in] isBitMask with 1 the text is a list of names with "," between them; with any other
  *   value it is one name.
- * @param[in] pathFileName The path of the file. Not NULL. Borrowed for the call.
+ * @param[in] pathFileName the path of the file. Not NULL; borrowed for the call.
  * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
  * @return The value of the name; that of entry 1 when the text cannot be read, whether there is no
  *   such key or memory is short; that of entry 0 when no name matches. With `isBitMask` 1 the
@@ -522,37 +522,37 @@ KQSUPT_API uint32_t SMReadINIEnums32Value(const char* section, const char* key,
  * NULL and SMXLT_TYPE_UTF8 it is the list of all keys: terminated names with an empty one at the
  * end, and `*size` receives the size of the whole list.
  *
- * @param[in] key The key; NULL for the list of all keys. Borrowed for the call.
- * @param[in] typeCode The type of the value, a SMXLT_TYPE_ code with its notation.
- * @param[out] buffer The room for the value; NULL only where `*size` is 0, or for a list to ask for
- *   its size. Stays the caller's.
- * @param[in,out] size The room at `buffer` in bytes; receives the size of the value, the list or
- *   the default. Not NULL. Stays the caller's.
- * @param[in] defaultValue What is copied to the buffer after any failure, when it is given with a
- *   `defaultSize` of at most `*size`; `*size` receives `defaultSize`. NULL for no default. Borrowed
+ * @param[in] key the key; NULL for the list of all keys; borrowed for the call.
+ * @param[in] typeCode the type of the value, a SMXLT_TYPE_ code with its notation.
+ * @param[out] buffer the room for the value; NULL only where `*size` is 0, or for a list to ask for
+ *   its size; stays the caller's.
+ * @param[in,out] size the room at `buffer` in bytes; receives the size of the value, the list or
+ *   the default. Not NULL; stays the caller's.
+ * @param[in] defaultValue what is copied to the buffer after any failure, when it is given with a
+ *   `defaultSize` of at most `*size`; `*size` receives `defaultSize`. NULL for no default; borrowed
  *   for the call.
- * @param[in] defaultSize The size of the default in bytes.
- * @param[in] pathFileName The path of the file. Not NULL. Borrowed for the call.
+ * @param[in] defaultSize the size of the default in bytes.
+ * @param[in] pathFileName the path of the file. Not NULL; borrowed for the call.
  * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
- * @retval SM_STATUS_SUCCESS the value or the list was written
+ * @retval SM_STATUS_SUCCESS the value or the list was written.
  * @retval SM_STATUS_INVALID_PARAMETER `size` or `pathFileName` is NULL, or `key` is with another
  *   type; `buffer` is NULL with a `*size` other than 0; the text is not a value of the type in this
- *   notation, or the type cannot be read in it
- * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
+ *   notation, or the type cannot be read in it.
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened.
  * @retval SM_STATUS_UNSUCCESSFUL the file cannot be read; the type cannot be read from text, or
- *   bytes not in this notation
- * @retval SM_STATUS_KEY_NOT_FOUND no line answers, or there is none for a list
- * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started
- * @retval SM_STATUS_BUFFER_TOO_SMALL the value or the list does not fit into `*size` bytes
- * @retval SM_STATUS_VALUE_TOO_LARGE the number is above an 8- or 16-bit type
- * @retval SM_STATUS_VALUE_TOO_SMALL the number is below an 8- or 16-bit type
- * @retval 1 a 64-bit integer in a notation that it is not read in
- * @retval SM_STATUS_OPERATION_FAILED the text for a UCS-2 value is not UTF-8
- * @retval 17 an address, while the library is being stopped
- * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1
- * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process
+ *   bytes not in this notation.
+ * @retval SM_STATUS_KEY_NOT_FOUND no line answers, or there is none for a list.
+ * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started.
+ * @retval SM_STATUS_BUFFER_TOO_SMALL the value or the list does not fit into `*size` bytes.
+ * @retval SM_STATUS_VALUE_TOO_LARGE the number is above an 8- or 16-bit type.
+ * @retval SM_STATUS_VALUE_TOO_SMALL the number is below an 8- or 16-bit type.
+ * @retval 1 a 64-bit integer in a notation that it is not read in.
+ * @retval SM_STATUS_OPERATION_FAILED the text for a UCS-2 value is not UTF-8.
+ * @retval 17 an address, while the library is being stopped.
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1.
+ * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process.
  * @retval 0xFFFFFFFF there is no such language, a malformed list of bytes, or no address; or the
- *   file cannot be locked */
+ *   file cannot be locked. */
 KQSUPT_API SMStatus SMPropertyFileReadValue(const char* key, uint32_t typeCode, void* buffer,
                                             uint32_t* size, const void* defaultValue,
                                             uint32_t defaultSize, const char* pathFileName,
@@ -563,29 +563,29 @@ KQSUPT_API SMStatus SMPropertyFileReadValue(const char* key, uint32_t typeCode, 
  * emptied. After each failure the file is as it was, but with SM_STATUS_ACCESS_DENIED, where the
  * old content may be beside it still.
  *
- * @param[in] key The key. Not NULL. Borrowed for the call.
- * @param[in] typeCode The type of the value, a SMXLT_TYPE_ code with its notation.
- * @param[in] value The value. Not NULL. Borrowed for the call.
- * @param[in] valueSize The size of the value in bytes; it counts for bytes and UTF-8 text.
- * @param[in] pathFileName The path of the file. Not NULL. Borrowed for the call.
+ * @param[in] key the key. Not NULL; borrowed for the call.
+ * @param[in] typeCode the type of the value, a SMXLT_TYPE_ code with its notation.
+ * @param[in] value the value. Not NULL; borrowed for the call.
+ * @param[in] valueSize the size of the value in bytes; it counts for bytes and UTF-8 text.
+ * @param[in] pathFileName the path of the file. Not NULL; borrowed for the call.
  * @param[in] lockWait 1 waits for the lock of the file without limit, any other value tries once.
- * @retval SM_STATUS_SUCCESS the value was written, or the file emptied
- * @retval SM_STATUS_INVALID_PARAMETER an argument is NULL
- * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened
+ * @retval SM_STATUS_SUCCESS the value was written, or the file emptied.
+ * @retval SM_STATUS_INVALID_PARAMETER an argument is NULL.
+ * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened.
  * @retval SM_STATUS_UNSUCCESSFUL the file cannot be read; or there is no such type, or bytes not in
- *   this notation
+ *   this notation.
  * @retval SM_STATUS_NO_MEMORY memory is short, also for a file of more than 2,147,483,646 bytes, or
- *   the library has not started
- * @retval SM_STATUS_OPERATION_FAILED the value is not UCS-2
- * @retval 17 an address, while the library is being stopped
- * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made
- * @retval SM_STATUS_OUT_OF_SPACE the new file cannot be written
- * @retval SM_STATUS_ALREADY_EXISTS the new file cannot be renamed
+ *   the library has not started.
+ * @retval SM_STATUS_OPERATION_FAILED the value is not UCS-2.
+ * @retval 17 an address, while the library is being stopped.
+ * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made.
+ * @retval SM_STATUS_OUT_OF_SPACE the new file cannot be written.
+ * @retval SM_STATUS_ALREADY_EXISTS the new file cannot be renamed.
  * @retval 0xFFFFFFFF there is no name for a new file, or the old one cannot be renamed; memory is
- *   too short for the text of bytes; or the file cannot be locked
+ *   too short for the text of bytes; or the file cannot be locked.
  * @retval SM_STATUS_ACCESS_DENIED the old content cannot be deleted, and the new one is in place;
- *   or the file may not be locked by this process, and nothing is written
- * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1 */
+ *   or the file may not be locked by this process, and nothing is written.
+ * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1. */
 KQSUPT_API SMStatus SMPropertyFileWriteValue(const char* key, uint32_t typeCode, const void* value,
                                              uint32_t valueSize, const char* pathFileName,
                                              uint16_t lockWait);
@@ -603,14 +603,14 @@ KQSUPT_API SMStatus SMPropertyFileWriteValue(const char* key, uint32_t typeCode,
 /** Copies the text with the number `stringID`. In place of the text stands "Invalid Path File Name"
  * when no file name is given and "Failed to allocate memory" when memory is short.
  *
- * @param[in] stringID The number of the text.
- * @param[in,out] languageID The language; becomes 0 when the text is the one of US English, also
- *   for want of one in the language. NULL stands for US English. Stays the caller's.
- * @param[in] pathFileName The path of the INI file. With NULL, or an empty one, no file name is
- *   given. Borrowed for the call.
- * @param[out] buffer The room for the text. With NULL nothing is copied. Stays the caller's.
- * @param[in,out] size The room at `buffer` in bytes; receives what the call returns. With NULL
- *   nothing is copied. Stays the caller's.
+ * @param[in] stringID the number of the text.
+ * @param[in,out] languageID the language; becomes 0 when the text is the one of US English, also
+ *   for want of one in the language. NULL stands for US English; stays the caller's.
+ * @param[in] pathFileName the path of the INI file. With NULL, or an empty one, no file name is
+ *   given; borrowed for the call.
+ * @param[out] buffer the room for the text. With NULL nothing is copied; stays the caller's.
+ * @param[in,out] size the room at `buffer` in bytes; receives what the call returns. With NULL
+ *   nothing is copied; stays the caller's.
  * @return The size of the text with the terminator; 0 when there is no such text, it does not fit
  *   or `buffer` or `size` is NULL. */
 KQSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t* languageID,
@@ -623,13 +623,13 @@ KQSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t* lang
  * 32 and 0. They are read once for the process, at the first call that has the memory and finds the
  * directory, and again after a BaseID of 0.
  *
- * @param[in] stringID The number of the text.
- * @param[in,out] languageID The language; becomes 0 when the text is the one of US English, also
- *   for want of one in the language. NULL stands for US English. Stays the caller's.
- * @param[out] ucs2Buffer The room for the text; NULL to ask for its size in UTF-8. Stays the
+ * @param[in] stringID the number of the text.
+ * @param[in,out] languageID the language; becomes 0 when the text is the one of US English, also
+ *   for want of one in the language. NULL stands for US English; stays the caller's.
+ * @param[out] ucs2Buffer the room for the text; NULL to ask for its size in UTF-8; stays the
  *   caller's.
- * @param[in,out] size The room at `ucs2Buffer` in bytes; receives what the call returns. NULL as
- *   for `ucs2Buffer`. Stays the caller's.
+ * @param[in,out] size the room at `ucs2Buffer` in bytes; receives what the call returns. NULL as
+ *   for `ucs2Buffer`; stays the caller's.
  * @return The size of the text in bytes with its terminator. Without `ucs2Buffer` or `size` it is
  *   the size of the text in UTF-8. When `*size` is less than twice that, nothing is written and
  *   twice that is returned. 0 when there is no such text of up to 1,023 bytes, or it cannot be
@@ -650,23 +650,23 @@ KQSUPT_API uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t* languageID, 
  * "S" a board of the maker before; the name of a board, or else of its maker, stands for that of
  * the device. A name that is too long is cut; a name that is not found is empty.
  *
- * @param[in] vendorID The identifier of the vendor.
- * @param[in] deviceID The identifier of the device.
- * @param[in] subVendorID The identifier of the maker of the board.
- * @param[in] subDeviceID The identifier of the board.
- * @param[in] pathFileName The path of the file. Not NULL, nor empty. Borrowed for the call.
- * @param[out] vendorName The room for the name of the vendor. Not NULL. Stays the caller's.
- * @param[in,out] vendorNameSize The room at `vendorName` in bytes, not 0; receives the length of
- *   the name without its terminator. Not NULL. Stays the caller's.
- * @param[out] deviceName The room for the name of the device. Not NULL. Stays the caller's.
- * @param[in,out] deviceNameSize The room at `deviceName` in bytes, not 0; receives the length of
- *   the name without its terminator. Not NULL. Stays the caller's.
- * @retval SM_STATUS_SUCCESS vendor and device are both in the file
+ * @param[in] vendorID the identifier of the vendor.
+ * @param[in] deviceID the identifier of the device.
+ * @param[in] subVendorID the identifier of the maker of the board.
+ * @param[in] subDeviceID the identifier of the board.
+ * @param[in] pathFileName the path of the file. Not NULL, nor empty; borrowed for the call.
+ * @param[out] vendorName the room for the name of the vendor. Not NULL; stays the caller's.
+ * @param[in,out] vendorNameSize the room at `vendorName` in bytes, not 0; receives the length of
+ *   the name without its terminator. Not NULL; stays the caller's.
+ * @param[out] deviceName the room for the name of the device. Not NULL; stays the caller's.
+ * @param[in,out] deviceNameSize the room at `deviceName` in bytes, not 0; receives the length of
+ *   the name without its terminator. Not NULL; stays the caller's.
+ * @retval SM_STATUS_SUCCESS vendor and device are both in the file.
  * @retval SM_STATUS_INVALID_PARAMETER a pointer is NULL, a size 0 or there is no file name; both
- *   sizes receive 0
- * @retval SM_STATUS_NO_MEMORY memory is short
+ *   sizes receive 0.
+ * @retval SM_STATUS_NO_MEMORY memory is short.
  * @retval SM_STATUS_FILE_NOT_FOUND the file cannot be opened or read, or vendor and device are not
- *   both in it */
+ *   both in it. */
 KQSUPT_API SMStatus SMReadPCIDevFile(uint32_t vendorID, uint32_t deviceID, uint32_t subVendorID,
                                      uint32_t subDeviceID, const char* pathFileName,
                                      char* vendorName, uint32_t* vendorNameSize, char* deviceName,

@@ -211,9 +211,6 @@ Node* next(Node* node) {
 Node* last(Node* root) {
   return outermost(root, &Node::right);
 }
-Node* previous(Node* node) {
-  return neighbour(node, &Node::left);
-}
 
 SMStatus tree_insert(Node** tree, void* data, void* key, SMRedBlackTreeCompare compare) {
   if (tree == nullptr || data == nullptr || key == nullptr || compare == nullptr) {

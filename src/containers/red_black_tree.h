@@ -82,7 +82,6 @@ void erase(Node** tree, Node* node);
 [[nodiscard]] Node* first(Node* root);
 [[nodiscard]] Node* next(Node* node);
 [[nodiscard]] Node* last(Node* root);
-[[nodiscard]] Node* previous(Node* node);
 
 // Frees all nodes below `*tree`, right before left before the node itself, after `freed(data)`.
 template <class Freed>

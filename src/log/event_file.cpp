@@ -32,9 +32,21 @@ void make_backup_name(char* path) {
   path[std::strlen(path) - 1] = '_';
 }
 
-SMStatus delete_log(const char* path) {
+SMStatus make_directory_of(const char* path) {
+  const config::DirectoryName directory(path);
+  return directory.ok() ? config::make_directory(directory.c_str()) : frame::kFailed;
+}
+
+SMStatus delete_log(const char* path, SMStatus ready) {
   const PathLockGuard lock(path, PathLockMode::kExclusive, true);
-  return lock.status() == SM_STATUS_SUCCESS ? config::delete_file(path) : lock.status();
+  if (lock.status() != SM_STATUS_SUCCESS) {
+    return lock.status();
+  }
+  struct stat about {};
+  if (lstat(path, &about) != 0) {
+    return frame::kFailed;
+  }
+  return ready == SM_STATUS_SUCCESS ? config::delete_file(path) : ready;
 }
 
 LockedLog::LockedLog(const char* path, int access, Missing missing)
@@ -50,10 +62,7 @@ LockedLog::LockedLog(const char* path, int access, Missing missing)
   }
   size_ = about.st_size;
   is_regular_ = S_ISREG(about.st_mode);
-  const mode_t mode = is_new_ ? kNewMode : about.st_mode & kKeptBits;
-  if ((about.st_mode & kAllBits) == mode || fchmod(file_.get(), mode) == 0) {  // only its owner may
-    lock_.tell_mode(mode);
-  }
+  found_mode_ = about.st_mode & kAllBits;
 }
 
 bool LockedLog::open(int flags, Missing missing) {
@@ -69,11 +78,8 @@ bool LockedLog::open(int flags, Missing missing) {
     is_new_ = true;
     file_ = FileDescriptor::open(path_, flags | O_CREAT, kNewMode);
   }
-  if (!file_.is_open() && errno == ENOENT) {
-    const config::DirectoryName directory(path_);
-    if (directory.ok() && config::make_directory(directory.c_str()) == SM_STATUS_SUCCESS) {
-      file_ = FileDescriptor::open(path_, flags | O_CREAT, kNewMode);
-    }
+  if (!file_.is_open() && errno == ENOENT && make_directory_of(path_) == SM_STATUS_SUCCESS) {
+    file_ = FileDescriptor::open(path_, flags | O_CREAT, kNewMode);
   }
   return file_.is_open();
 }
@@ -92,8 +98,15 @@ bool LockedLog::back_up_when_full(uint64_t growth, uint32_t max_size) {
   return rename(path_, backup.get()) == 0;
 }
 
+void LockedLog::settle_mode() {
+  const mode_t mode = is_new_ ? kNewMode : found_mode_ & kKeptBits;
+  if (found_mode_ == mode || fchmod(file_.get(), mode) == 0) {  // only its owner may
+    lock_.tell_mode(mode);
+  }
+}
+
 bool LockedLog::cut_to(off_t size) {
-  if (ftruncate(file_.get(), size) != 0) {
+  if (!file_.truncate(size)) {
     return false;
   }
   size_ = size;

@@ -17,14 +17,17 @@ namespace kqsupt::log {
 // The name of the backup: the path with its last character replaced. The path is not empty.
 void make_backup_name(char* path);
 
-// Deletes the file. 0xFFFFFFFF when that fails, also because there is none.
-[[nodiscard]] SMStatus delete_log(const char* path);
+// Makes the directory that the file is in, unless it is there. 0xFFFFFFFF when that fails.
+[[nodiscard]] SMStatus make_directory_of(const char* path);
+
+// Deletes the file. 0xFFFFFFFF when that fails, also because there is none. One that is there stays
+// when what is to be told of the deletion is not `ready`, which is the status then.
+[[nodiscard]] SMStatus delete_log(const char* path, SMStatus ready);
 
 // The file, locked against everybody else and open.
 class LockedLog {
  public:
-  // `access` as for open(). A file that is not there is made when that is wanted, with its bits 0664
-  // and with its directory; one that is keeps its bits for reading and writing.
+  // `access` as for open(). A file that is not there is made when that is wanted, with its directory.
   enum class Missing { kMake, kLeave };
   LockedLog(const char* path, int access, Missing missing = Missing::kMake);
 
@@ -37,11 +40,14 @@ class LockedLog {
   // `growth` more bytes. True when that was done: this is a log no more.
   [[nodiscard]] bool back_up_when_full(uint64_t growth, uint32_t max_size);
 
+  // Gives the file its bits: a new one 0664, another one those of its own for reading and writing.
+  void settle_mode();
+
   // Cuts off what a process that was killed left of an event. False when that cannot be done.
   [[nodiscard]] bool cut_to(off_t size);
 
   // Writes bytes at an offset within the file and closes it. `replaced` is what lay there, at the
-  // end of the file. SM_STATUS_OUT_OF_SPACE, and the file is as it was.
+  // end of the file. SM_STATUS_OUT_OF_SPACE, and the file is as it was unless only closing it failed.
   [[nodiscard]] SMStatus write(off_t offset, std::string_view bytes, std::string_view replaced);
 
  private:
@@ -53,11 +59,12 @@ class LockedLog {
   SMStatus status_;
   os::FileDescriptor file_;
   off_t size_ = 0;
+  mode_t found_mode_ = 0;
   bool is_new_ = false;
   bool is_regular_ = false;
 };
 
-// The last bytes of a log: more of them than an event has.
+// The last bytes of a log: more of them than an event has, but for one with a link of half a MiB.
 class Tail {
  public:
   explicit Tail(const LockedLog& log);

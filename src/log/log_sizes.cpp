@@ -51,11 +51,14 @@ LogSize* size_of(const char* path) {
 }  // namespace
 
 bool start_log_sizes() {
+  if (!ipc::hold_over_forks(sizes_mutex)) {
+    return false;
+  }
   const ipc::LocalMutexGuard guard(sizes_mutex);
   if (os::host_type() == os::kVmKernel) {
     smallest = kSmallestOnSmallDisks;
   }
-  return ipc::hold_over_forks(sizes_mutex);
+  return true;
 }
 
 void stop_log_sizes() {

@@ -22,8 +22,8 @@
 #include <string_view>
 
 #include "frame/status.h"
-#include "kqbounded.h"
 #include "os/file_descriptor.h"
+#include "text/calendar.h"
 
 namespace kqsupt::log {
 namespace {
@@ -173,7 +173,7 @@ class Prefix {
   void add_time() {
     const time_t now = time(nullptr);
     tm local{};
-    if (localtime_s(&local, &now) != 0) {
+    if (!text::local_time(now, &local)) {
       std::strcpy(text_, "[localtime error] ");
     } else if (std::strftime(text_, sizeof text_, "[%b %d %Y %H:%M:%S] ", &local) == 0) {
       std::strcpy(text_, "[strftime error] ");

@@ -8,18 +8,17 @@
 #include <array>
 #include <bit>
 #include <charconv>
-#include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <optional>
 #include <string_view>
+#include <utility>
 
-#include "ipc/local_mutex.h"
-#include "kqbounded.h"
+#include "frame/status.h"
 #include "log/event_file.h"
 #include "log/log_sizes.h"
 #include "net/host_name.h"
 #include "os/system_log.h"
+#include "text/calendar.h"
 #include "text/conversion.h"
 #include "text/sized_string_convert.h"
 
@@ -88,52 +87,9 @@ SMStatus measure(const char* text, uint32_t most, uint32_t* units) {
   return *units >= 1 && *units <= most ? SM_STATUS_SUCCESS : SM_STATUS_UNSUCCESSFUL;
 }
 
-// The largest size that the record may have, in bytes, as the check for a backup reckons it.
+// The size of the record in bytes, as the check for a backup reckons it.
 uint64_t estimate(const Event& event, uint32_t source_units, uint32_t description_units) {
   return (uint64_t{source_units} + (event.data_size / 16 + 1) * 83 + 1024 + description_units) * 2;
-}
-
-// The calendar of the last event of this process. Events come many in a second, and asking what
-// zone this is takes as long as the rest of composing one. Whoever comes while somebody else looks
-// at it does without, also a child that was made meanwhile.
-struct Calendar {
-  time_t seconds;
-  bool has_zone;  // whether the environment named a zone: one without a name is UTC
-  char zone[64];
-  char text[32];
-};
-constinit ipc::LocalMutex calendar_mutex;
-constinit Calendar calendar{};
-
-// As the calendar of the C library writes it, without its line end.
-void ask_calendar(time_t seconds, char (&text)[sizeof Calendar::text]) {
-  if (ctime_s(text, sizeof text, &seconds) != 0) {
-    text[0] = '\0';
-  }
-  text[std::strcspn(text, "\n")] = '\0';
-}
-
-const char* now(char (&text)[sizeof Calendar::text]) {
-  const time_t seconds = time(nullptr);
-  // A process may move to another zone from one event to the next.
-  const char* const given = std::getenv("TZ");
-  const char* const zone = given != nullptr ? given : "";
-  const bool mine = std::strlen(zone) < sizeof calendar.zone &&
-                    calendar_mutex.lock_within(0) == SM_STATUS_SUCCESS;
-  if (!mine) {
-    ask_calendar(seconds, text);
-    return text;
-  }
-  if (calendar.text[0] == '\0' || calendar.seconds != seconds ||
-      calendar.has_zone != (given != nullptr) || std::strcmp(calendar.zone, zone) != 0) {
-    calendar.seconds = seconds;
-    calendar.has_zone = given != nullptr;
-    std::strcpy(calendar.zone, zone);
-    ask_calendar(seconds, calendar.text);
-  }
-  std::copy_n(calendar.text, sizeof text, text);
-  calendar_mutex.unlock();
-  return text;
 }
 
 class Record {
@@ -155,21 +111,15 @@ class Record {
                           : SMStatus{SM_STATUS_NO_MEMORY};
     char id[16];
     *std::to_chars(id, id + sizeof id, event.id).ptr = '\0';
-    char time_text[sizeof Calendar::text];
+    seconds_ = time(nullptr);
+    text::CalendarText calendar;
+    text::write_calendar(seconds_, calendar);
     char host[256];
-    const char* const parts[] = {"EventID: ",
-                                 id,
-                                 "\r\nSource: ",
-                                 event.source,
-                                 "\r\nCategory: ",
-                                 category,
-                                 "\r\n",
-                                 type,
-                                 "Date and Time: ",
-                                 now(time_text),
-                                 "\r\nComputer: ",
-                                 name_of_host(host),
-                                 "\r\nDescription:\r\n"};
+    const char* const parts[] = {
+        "EventID: ",           id,       "\r\nSource: ",   event.source,
+        "\r\nCategory: ",      category, "\r\n",           type,
+        "Date and Time: ",     calendar, "\r\nComputer: ", name_of_host(host),
+        "\r\nDescription:\r\n"};
     for (const char* part : parts) {
       add(part, &status);
     }
@@ -181,6 +131,13 @@ class Record {
     }
     add("\r\n", &status);
     return status;
+  }
+
+  // When it says that the event happened.
+  [[nodiscard]] time_t seconds() const { return seconds_; }
+  void swap(Record& other) {
+    std::swap(string_, other.string_);
+    std::swap(seconds_, other.seconds_);
   }
 
   [[nodiscard]] std::string_view with_header() const {
@@ -206,6 +163,7 @@ class Record {
   }
 
   SMSSUCS2Str string_{};
+  time_t seconds_ = 0;
 };
 
 // ---- The file ----
@@ -298,23 +256,42 @@ void take_away_unfinished(LockedLog& log) {
   }
 }
 
-SMStatus write_record(LockedLog& log, const Record& record) {
-  take_away_unfinished(log);
-  const bool has_header = log.size() >= static_cast<off_t>(kHeaderSize);
-  return log.write(log.size(), has_header ? record.without_header() : record.with_header(), {});
-}
+// ---- An event on its way into the file ----
 
-}  // namespace
+class TextEvent {
+ public:
+  explicit TextEvent(const Event& event) : event_(event) {}
 
-SMStatus append_text_event(const char* path, const Event& event, uint32_t max_size) {
-  if (path == nullptr || event.source == nullptr || !has_valid_data(event)) {
-    return SM_STATUS_UNSUCCESSFUL;
+  // Checks the texts, and composes the record where there will be one: without memory nothing has
+  // changed.
+  [[nodiscard]] SMStatus prepare();
+
+  // False for an event of a category that no record has. It is no failure: callers have always lived
+  // with it.
+  [[nodiscard]] bool has_category() const { return category_ != nullptr; }
+
+  // Behind prepare(), and for what has a category.
+  [[nodiscard]] SMStatus append(const char* path, uint32_t max_size);
+
+ private:
+  [[nodiscard]] SMStatus compose(Record& record) const {
+    return record.compose(event_, category_, type_, static_cast<uint32_t>(size_ + kHeaderSize));
   }
+  [[nodiscard]] SMStatus write(LockedLog& log);
+
+  const Event& event_;
+  const char* category_ = nullptr;
+  const char* type_ = nullptr;
+  uint64_t size_ = 0;
+  Record record_;
+};
+
+SMStatus TextEvent::prepare() {
   uint32_t source_units = 0;
   uint32_t description_units = 0;
-  const SMStatus source = measure(event.source, kMostSourceUnits, &source_units);
+  const SMStatus source = measure(event_.source, kMostSourceUnits, &source_units);
   const SMStatus description =
-      measure(event.description, kMostDescriptionUnits, &description_units);
+      measure(event_.description, kMostDescriptionUnits, &description_units);
   // Texts that cannot be converted come before those of a wrong length.
   for (const SMStatus status : {source, description}) {
     if (status != SM_STATUS_SUCCESS && status != SM_STATUS_UNSUCCESSFUL) {
@@ -324,53 +301,70 @@ SMStatus append_text_event(const char* path, const Event& event, uint32_t max_si
   if (source != SM_STATUS_SUCCESS || description != SM_STATUS_SUCCESS) {
     return SM_STATUS_UNSUCCESSFUL;
   }
-  const char* category = os::event_source_name(event.category);
-  if (category == nullptr) {
-    return SM_STATUS_SUCCESS;  // silently, as callers have always lived with
-  }
-  const uint64_t size = estimate(event, source_units, description_units);
-  // Before anything is renamed: without memory nothing has changed.
-  const char* type = label_of(event.type);
-  Record record;
-  if (type != nullptr) {
-    const SMStatus composed =
-        record.compose(event, category, type, static_cast<uint32_t>(size + kHeaderSize));
-    if (composed != SM_STATUS_SUCCESS) {
-      return composed;
-    }
+  category_ = os::event_source_name(event_.category);
+  type_ = label_of(event_.type);
+  size_ = estimate(event_, source_units, description_units);
+  const bool has_record = category_ != nullptr && type_ != nullptr;
+  return has_record ? compose(record_) : SMStatus{SM_STATUS_SUCCESS};
+}
+
+SMStatus TextEvent::append(const char* path, uint32_t max_size) {
+  // A log that would have to be made for an event that it does not take is not made, but for its
+  // directory.
+  if (type_ == nullptr && make_directory_of(path) != SM_STATUS_SUCCESS) {
+    return frame::kFailed;
   }
   constexpr int kAccess = O_RDWR | O_APPEND;
+  const auto missing = type_ != nullptr ? LockedLog::Missing::kMake : LockedLog::Missing::kLeave;
   std::optional<LockedLog> log;
-  // A log that would have to be made for an event that it does not take is not made.
-  log.emplace(path, kAccess,
-              type != nullptr ? LockedLog::Missing::kMake : LockedLog::Missing::kLeave);
-  if (log->status() == SM_STATUS_SUCCESS && log->back_up_when_full(size, max_size)) {
+  log.emplace(path, kAccess, missing);
+  if (log->status() == SM_STATUS_SUCCESS && log->back_up_when_full(size_, max_size)) {
     log.reset();
     // The event is what matters: it is written although this one could not be.
     (void)append_text_event(
-        path, {kInformation, 1, 1, event.source, kBackupMade, nullptr, 0, nullptr, nullptr},
+        path, {kInformation, 1, 1, event_.source, kBackupMade, nullptr, 0, nullptr, nullptr},
         default_max_size());
-    log.emplace(path, kAccess);
+    log.emplace(path, kAccess, missing);
   }
-  if (type == nullptr) {
+  if (type_ == nullptr) {
     return SM_STATUS_UNSUCCESSFUL;
   }
-  return log->status() == SM_STATUS_SUCCESS ? write_record(*log, record) : log->status();
+  return log->status() == SM_STATUS_SUCCESS ? write(*log) : log->status();
+}
+
+SMStatus TextEvent::write(LockedLog& log) {
+  // The times of the records are in their order, however long others were waited for.
+  if (record_.seconds() != time(nullptr)) {
+    Record later;
+    if (compose(later) == SM_STATUS_SUCCESS) {
+      record_.swap(later);
+    }
+  }
+  log.settle_mode();
+  take_away_unfinished(log);
+  const bool has_header = log.size() >= static_cast<off_t>(kHeaderSize);
+  return log.write(log.size(), has_header ? record_.without_header() : record_.with_header(), {});
+}
+
+}  // namespace
+
+SMStatus append_text_event(const char* path, const Event& event, uint32_t max_size) {
+  if (path == nullptr || event.source == nullptr || !has_valid_data(event)) {
+    return SM_STATUS_UNSUCCESSFUL;
+  }
+  TextEvent text(event);
+  const SMStatus status = text.prepare();
+  return status == SM_STATUS_SUCCESS && text.has_category() ? text.append(path, max_size) : status;
 }
 
 SMStatus clear_text_log(const char* path, uint16_t category, const char* source) {
+  const Event event{kInformation, category, 0, source, kCleared, nullptr, 0, nullptr, nullptr};
+  TextEvent text(event);
   // A log whose clearing cannot be told of is not cleared.
-  uint32_t units = 0;
-  SMStatus status = source != nullptr ? measure(source, kMostSourceUnits, &units)
-                                      : SMStatus{SM_STATUS_UNSUCCESSFUL};
-  if (status == SM_STATUS_SUCCESS) {
-    status = delete_log(path);
-  }
-  return status == SM_STATUS_SUCCESS ? append_text_event(path,
-                                                         {kInformation, category, 0, source,
-                                                          kCleared, nullptr, 0, nullptr, nullptr},
-                                                         default_max_size())
-                                     : status;
+  const SMStatus ready = source != nullptr ? text.prepare() : SMStatus{SM_STATUS_UNSUCCESSFUL};
+  const SMStatus status = delete_log(path, ready);
+  return status == SM_STATUS_SUCCESS && text.has_category() ? text.append(path, default_max_size())
+                                                            : status;
 }
 
 }  // namespace kqsupt::log

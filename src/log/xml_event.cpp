@@ -12,6 +12,7 @@
 #include <optional>
 #include <string_view>
 
+#include "frame/heap.h"
 #include "frame/status.h"
 #include "log/event_file.h"
 #include "log/log_sizes.h"
@@ -161,8 +162,26 @@ std::optional<off_t> take_away_unfinished(LockedLog& log) {
   return is_unfinished(rest) && log.cut_to(place) ? std::optional(place) : std::nullopt;
 }
 
+// Puts the document in the place of the last end, which is at `place`. What was behind that end is
+// nobody's and is there again when this fails.
+SMStatus replace_end(LockedLog& log, off_t place, std::string_view document) {
+  const auto count = std::min(document.size(), static_cast<size_t>(log.size() - place));
+  if (count == kEnd.size()) {
+    return log.write(place, document, kEnd);
+  }
+  const auto replaced = frame::heap_array<char>(count);
+  if (replaced == nullptr) {
+    return SM_STATUS_NO_MEMORY;
+  }
+  if (log.file().read_all_at(replaced.get(), count, place) != static_cast<ssize_t>(count)) {
+    return frame::kFailed;
+  }
+  return log.write(place, document, {replaced.get(), count});
+}
+
 // `document` is a whole one with one element, of which a log that has a beginning takes the rest.
 SMStatus insert_element(LockedLog& log, std::string_view document) {
+  log.settle_mode();
   if (log.size() < kDeclarationSize) {
     char before[kDeclarationSize];
     const ssize_t count = log.file().read_all_at(before, sizeof before, 0);
@@ -170,27 +189,45 @@ SMStatus insert_element(LockedLog& log, std::string_view document) {
   }
   document.remove_prefix(kBegin.size());
   if (const auto end = find_end(log.file(), log.size())) {
-    return log.write(*end, document, kEnd);
+    return replace_end(log, *end, document);
   }
   const auto end = take_away_unfinished(log);
   return end.has_value() ? log.write(*end, document, {}) : SMStatus{SM_STATUS_OPERATION_FAILED};
 }
 
-}  // namespace
+// ---- An event on its way into the file ----
 
-SMStatus append_xml_event(const char* path, const Event& event, uint32_t max_size) {
-  const bool is_valid = path != nullptr && has_valid_data(event) && is_valid_user(event.user) &&
-                        is_valid_user(event.source) &&
-                        is_between(event.description, kLongestDescription);
+class XmlEvent {
+ public:
+  explicit XmlEvent(const Event& event) : event_(event) {}
+
+  // Checks the texts and builds the element.
+  [[nodiscard]] SMStatus prepare();
+
+  // Behind prepare().
+  [[nodiscard]] SMStatus append(const char* path, uint32_t max_size) const;
+
+ private:
+  const Event& event_;
+  Buffer document_;
+};
+
+SMStatus XmlEvent::prepare() {
+  const bool is_valid = has_valid_data(event_) && is_valid_user(event_.user) &&
+                        is_valid_user(event_.source) &&
+                        is_between(event_.description, kLongestDescription);
   if (!is_valid) {
     return SM_STATUS_UNSUCCESSFUL;
   }
-  const char* category = os::event_source_name(event.category);
-  const Buffer document = category != nullptr ? build_document(event, category) : nullptr;
-  if (document == nullptr) {
-    return frame::kFailed;
+  const char* category = os::event_source_name(event_.category);
+  if (category != nullptr) {
+    document_ = build_document(event_, category);
   }
-  const std::string_view text(document->string.content, document->string.length);
+  return document_ != nullptr ? SMStatus{SM_STATUS_SUCCESS} : frame::kFailed;
+}
+
+SMStatus XmlEvent::append(const char* path, uint32_t max_size) const {
+  const std::string_view text(document_->string.content, document_->string.length);
   std::optional<LockedLog> log;
   log.emplace(path, O_RDWR);
   if (log->status() == SM_STATUS_SUCCESS &&
@@ -198,25 +235,38 @@ SMStatus append_xml_event(const char* path, const Event& event, uint32_t max_siz
     log.reset();
     // The event is what matters: it is written although this one could not be.
     (void)append_xml_event(
-        path, {kInformation, 1, 1, event.source, kBackupMade, nullptr, 0, event.user, nullptr},
+        path, {kInformation, 1, 1, event_.source, kBackupMade, nullptr, 0, event_.user, nullptr},
         default_max_size());
     log.emplace(path, O_RDWR);
   }
   return log->status() == SM_STATUS_SUCCESS ? insert_element(*log, text) : log->status();
 }
 
-SMStatus clear_xml_log(const char* path, uint16_t category, const char* user, const char* source) {
-  // A log whose clearing cannot be told of is not cleared.
-  if (path == nullptr || !is_valid_user(user) || !is_valid_user(source)) {
+}  // namespace
+
+SMStatus append_xml_event(const char* path, const Event& event, uint32_t max_size) {
+  if (path == nullptr) {
     return SM_STATUS_UNSUCCESSFUL;
   }
-  const SMStatus status =
-      os::event_source_name(category) != nullptr ? delete_log(path) : frame::kFailed;
-  return status == SM_STATUS_SUCCESS
-             ? append_xml_event(
-                   path, {kInformation, category, 0, source, kCleared, nullptr, 0, user, kHelp},
-                   default_max_size())
-             : status;
+  XmlEvent xml(event);
+  const SMStatus status = xml.prepare();
+  if (status != SM_STATUS_SUCCESS) {
+    return status;
+  }
+  // No file has an empty name.
+  return *path != '\0' ? xml.append(path, max_size) : frame::kFailed;
+}
+
+SMStatus clear_xml_log(const char* path, uint16_t category, const char* user, const char* source) {
+  if (path == nullptr) {
+    return SM_STATUS_UNSUCCESSFUL;
+  }
+  const Event event{kInformation, category, 0, source, kCleared, nullptr, 0, user, kHelp};
+  XmlEvent xml(event);
+  // A log whose clearing cannot be told of is not cleared.
+  const SMStatus ready = xml.prepare();
+  const SMStatus status = *path != '\0' ? delete_log(path, ready) : frame::kFailed;
+  return status == SM_STATUS_SUCCESS ? xml.append(path, default_max_size()) : status;
 }
 
 }  // namespace kqsupt::log

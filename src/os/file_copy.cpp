@@ -87,7 +87,7 @@ SMStatus transfer(const FileDescriptor& from, const struct stat& source, const F
     return SM_STATUS_NO_MEMORY;
   }
   if (!destination.is_appended_to && S_ISREG(target.st_mode)) {
-    if ((destination.existed || target.st_size != 0) && ftruncate(to.get(), 0) != 0) {
+    if ((destination.existed || target.st_size != 0) && !to.truncate(0)) {
       return status_of_errno();
     }
     // For one part or two the way through the buffer is as short.
@@ -103,7 +103,7 @@ SMStatus finish(FileDescriptor& to, const Destination& destination, mode_t mode,
   if (!(destination.is_appended_to && destination.existed) && fchmod(to.get(), mode) != 0) {
     return frame::kFailed;
   }
-  if ((sync == Sync::kYes && fsync(to.get()) != 0) || !to.close()) {
+  if ((sync == Sync::kYes && !to.sync()) || !to.close()) {
     return status_of_errno();
   }
   return SM_STATUS_SUCCESS;

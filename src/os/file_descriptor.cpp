@@ -95,4 +95,12 @@ bool FileDescriptor::write_all_at(std::string_view bytes, off_t offset) const {
   });
 }
 
+bool FileDescriptor::truncate(off_t size) const {
+  return repeated([=, this] { return ftruncate(fd_, size); }) == 0;
+}
+
+bool FileDescriptor::sync() const {
+  return repeated([this] { return fsync(fd_); }) == 0;
+}
+
 }  // namespace kqsupt::os

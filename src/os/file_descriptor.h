@@ -48,6 +48,10 @@ class FileDescriptor {
   // The same at an offset, which a file that is open for appending does not heed.
   [[nodiscard]] bool write_all_at(std::string_view bytes, off_t offset) const;
 
+  // Both as the calls of their names do; errno says why not.
+  [[nodiscard]] bool truncate(off_t size) const;
+  [[nodiscard]] bool sync() const;
+
  private:
   int fd_ = -1;
 };

@@ -9,7 +9,7 @@
 
 namespace kqsupt::text {
 
-inline constexpr uint32_t kMostUtf8Bytes = 6;
+inline constexpr uint32_t kMostUtf8Bytes = 6;  // the original form, which is read and not written
 inline constexpr uint32_t kMostUcs2Units = 2;
 
 // A unit at any address: a value inside a block of bytes lies as it comes.
@@ -23,8 +23,7 @@ inline void put_unit(ustring* at, uint32_t unit) {
   std::memcpy(at, &value, sizeof value);
 }
 
-// The number of bytes that a code point takes in UTF-8, in the original form that knows 5 and 6
-// bytes; 0 for one that has no form.
+// The number of bytes that a code point of UCS-2 text, with its surrogates, takes in UTF-8.
 [[nodiscard]] constexpr uint32_t utf8_length(uint32_t code_point) {
   if (code_point < 0x80) {
     return 1;
@@ -35,13 +34,7 @@ inline void put_unit(ustring* at, uint32_t unit) {
   if (code_point < 0x10000) {
     return 3;
   }
-  if (code_point < 0x200000) {
-    return 4;
-  }
-  if (code_point < 0x4000000) {
-    return 5;
-  }
-  return code_point < 0x80000000 ? kMostUtf8Bytes : 0;
+  return 4;
 }
 
 // Writes the `length` bytes of a code point.

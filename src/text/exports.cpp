@@ -195,12 +195,12 @@ char* SMSSUTF8StrNCatUCS2Str(SMSSUTF8Str* string, const ustring* text, uint32_t 
 int32_t SMsnprintf(char* dst, uint32_t size, const char* format, ...) {
   text::Arguments arguments;
   va_start(arguments.list, format);
-  const int32_t stored = text::format_list(dst, size, format, nullptr, arguments);
+  const int32_t stored = text::format_list(dst, size, format, arguments);
   va_end(arguments.list);
   return stored;
 }
 int32_t SMvsnprintf(char* dst, uint32_t size, const char* format, va_list args) {
-  return text::format_list(dst, size, format, nullptr, args);
+  return text::format_list(dst, size, format, args);
 }
 
 SMStatus SMXLTUTF8ToTypeValue(const char* text, void* value, uint32_t* size, uint32_t type) {

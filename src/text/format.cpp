@@ -143,22 +143,18 @@ void interpret(const char* pattern, Arguments& arguments, BoundedOutput& output)
 
 }  // namespace
 
-int32_t format_list(char* dst, uint32_t size, const char* pattern, bool* cut,
-                    Arguments& arguments) {
+int32_t format_list(char* dst, uint32_t size, const char* pattern, Arguments& arguments) {
   survives_forks();
   const ipc::LocalMutexGuard guard(formatter_mutex);
   BoundedOutput output(dst, size);
   interpret(pattern, arguments, output);
-  if (cut != nullptr && output.cut()) {
-    *cut = true;
-  }
   return output.finish();
 }
 
-int32_t format_list(char* dst, uint32_t size, const char* pattern, bool* cut, va_list list) {
+int32_t format_list(char* dst, uint32_t size, const char* pattern, va_list list) {
   Arguments arguments;
   va_copy(arguments.list, list);
-  const int32_t stored = format_list(dst, size, pattern, cut, arguments);
+  const int32_t stored = format_list(dst, size, pattern, arguments);
   va_end(arguments.list);
   return stored;
 }
@@ -166,7 +162,7 @@ int32_t format_list(char* dst, uint32_t size, const char* pattern, bool* cut, va
 int32_t format(char* dst, uint32_t size, const char* pattern, ...) {
   Arguments arguments;
   va_start(arguments.list, pattern);
-  const int32_t stored = format_list(dst, size, pattern, nullptr, arguments);
+  const int32_t stored = format_list(dst, size, pattern, arguments);
   va_end(arguments.list);
   return stored;
 }

@@ -14,10 +14,9 @@ namespace kqsupt::text {
 // serialised: not for signal handlers.
 int32_t format(char* dst, uint32_t size, const char* pattern, ...);
 
-// The same with the arguments in a list. `cut` is set when characters were dropped for want of
-// room, and otherwise left alone; it may be null.
-int32_t format_list(char* dst, uint32_t size, const char* pattern, bool* cut, Arguments& arguments);
-int32_t format_list(char* dst, uint32_t size, const char* pattern, bool* cut, va_list list);
+// The same with the arguments in a list.
+int32_t format_list(char* dst, uint32_t size, const char* pattern, Arguments& arguments);
+int32_t format_list(char* dst, uint32_t size, const char* pattern, va_list list);
 
 // The formatter as a module of the library. Its mutex is there from the first instruction of the
 // process to the last, so that it formats also before its start and after its stop.

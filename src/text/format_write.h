@@ -42,7 +42,6 @@ class BoundedOutput {
 
   // What came so far, stored or not.
   [[nodiscard]] uint64_t produced() const { return static_cast<uint64_t>(at_ - start_) + dropped_; }
-  [[nodiscard]] bool cut() const { return produced() > limit_; }
 
   // Ends the text and returns the number of characters in it. Also a buffer of 0 bytes gets its
   // terminator: callers pass at least 1 and rely on finding it.

@@ -13,6 +13,7 @@
 
 #include "kqbounded.h"
 #include "net/ipv4.h"
+#include "text/calendar.h"
 #include "text/conversion.h"
 #include "text/format.h"
 #include "text/hex_text.h"
@@ -258,11 +259,8 @@ int32_t write_language(const Source& source, char* text, uint32_t room) {
 
 int32_t write_time(const Source& source, char* text, uint32_t room) {
   const time_t time = load<int32_t>(source.value);
-  char calendar[32];
-  if (ctime_s(calendar, sizeof calendar, &time) != 0) {
-    calendar[0] = '\0';
-  }
-  calendar[std::strcspn(calendar, "\n")] = '\0';
+  CalendarText calendar;
+  write_calendar(time, calendar);
   return format(text, room, "%s", calendar);
 }
 

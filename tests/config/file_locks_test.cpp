@@ -4,8 +4,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "gtest/gtest.h"
 #include "ipc/named.h"
@@ -154,6 +156,29 @@ TEST_F(FileLocks, AListAndACopyLockTheFileToo) {
   EXPECT_STREQ(text, "~");
   EXPECT_EQ(SMReadINISectionKeyUTF8Value("S", "K", "default", &size, ini_.c_str(), 0), nullptr);
   EXPECT_EQ(size, 0U);
+}
+
+TEST_F(FileLocks, EventsAndClearingsWaitForTheLog) {
+  const std::string log = scratch_.file("a.xml");
+  const auto add = [&] {
+    return SMAppendToXMLLog(log.c_str(), 1, 1, 1, "u", "s", "d", nullptr, nullptr, 0, 1048576);
+  };
+  ASSERT_EQ(add(), 0U);
+  for (const bool clears : {false, true}) {
+    const std::string before = content_of(log);
+    Holder holder(log, F_WRLCK);
+    std::atomic<bool> done = false;
+    std::thread writer([&] {
+      EXPECT_EQ(clears ? SMClearXMLLog(log.c_str(), 1, "u", "s") : add(), 0U);
+      done = true;
+    });
+    usleep(200000);
+    EXPECT_FALSE(done);
+    EXPECT_EQ(content_of(log), before);
+    holder.let_go();
+    writer.join();
+    EXPECT_NE(content_of(log), before);
+  }
 }
 
 }  // namespace

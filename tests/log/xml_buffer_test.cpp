@@ -322,6 +322,26 @@ TEST(XmlEscape, IsAppliedAsOftenAsTheLevelSays) {
   EXPECT_EQ(escaped("&", 2), "&amp;amp;");
 }
 
+// Wherever in a text they are, and however many.
+TEST(XmlEscape, LongTextsAreEscapedAsShortOnesAre) {
+  constexpr char kBytes[] = "a&b<c>d\"e'f\xC3\xA9";
+  unsigned state = 1;
+  for (size_t length = 0; length < 100; ++length) {
+    for (size_t place = 0; place < length; ++place) {
+      std::string text(length, 'x');
+      text[place] = kBytes[1 + place % 5 * 2];
+      EXPECT_EQ(escaped(text, 1), escaped_by_model(text));
+    }
+    std::string text;
+    while (text.size() < length) {
+      state = state * 1103515245 + 12345;
+      text += kBytes[(state >> 16) % (sizeof kBytes - 1)];
+    }
+    EXPECT_EQ(escaped(text, 1), escaped_by_model(text));
+    EXPECT_EQ(escaped(text, 2), escaped_by_model(escaped_by_model(text)));
+  }
+}
+
 TEST(XmlEscape, NeedsNoCapacityToBeginWith) {
   for (uint32_t capacity = 0; capacity <= 8; ++capacity) {
     EXPECT_EQ(escaped("a<b", 1, capacity), "a&lt;b");

@@ -35,10 +35,11 @@ std::string on_host(const std::optional<std::string>& name) {
 
 constexpr char kOrdinary[] =
     "type 3, default 1048576, "
-    "131071 no, 131072 no, 1048575 no, 1048576 yes, 4194304 yes, 4194305 no\n";
+    "131071 no, 131072 no, 1048575 no, 1048576 yes, 4194304 yes, 4194305 no; of 128 KiB: not "
+    "full\n";
 constexpr char kSmallDisks[] =
     "type 4, default 131072, "
-    "131071 no, 131072 yes, 1048575 yes, 1048576 yes, 4194304 yes, 4194305 no\n";
+    "131071 no, 131072 yes, 1048575 yes, 1048576 yes, 4194304 yes, 4194305 no; of 128 KiB: full\n";
 
 TEST(Host, IsOfType3) {
   EXPECT_EQ(SMOSTypeGet(), 3U);

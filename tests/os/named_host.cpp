@@ -3,13 +3,16 @@
 
 #include <kqsupt/log.h>
 #include <kqsupt/os.h>
+#include <sys/stat.h>
 #include <sys/utsname.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
+#include <string>
 
 // In the place of the C library's. The library asks before main() begins.
 extern "C" int uname(utsname* about) noexcept {
@@ -24,6 +27,30 @@ extern "C" int uname(utsname* about) noexcept {
   return 0;
 }
 
+namespace {
+
+// Whether a log of 128 KiB that gets an event becomes its own backup.
+bool is_backed_up() {
+  char path[256] = "";
+  char backup[256] = "";
+  uint32_t size = sizeof path;
+  SMGetLogPathFileName(SM_LOG_TEXT, path, &size);
+  size = sizeof backup;
+  SMGetBackupLogPathFileName(SM_LOG_TEXT, backup, &size);
+  unlink(backup);
+  std::FILE* log = std::fopen(path, "w");
+  std::fputs(std::string(131072, 'x').c_str(), log);
+  std::fclose(log);
+  SMAppendToLog(SM_LOG_TEXT, 1, 1, 1, "source", "text", nullptr, 0);
+  struct stat about {};
+  const bool is_one = stat(backup, &about) == 0 && about.st_size == 131072;
+  unlink(path);
+  unlink(backup);
+  return is_one;
+}
+
+}  // namespace
+
 int main() {
   uint32_t size = 0;
   SMGetLogMaxSize("/log/unknown.xml", &size);
@@ -33,6 +60,6 @@ int main() {
     const bool is_taken = SMSetLogMaxSize("/log/known.xml", wanted) == SM_STATUS_SUCCESS;
     std::printf(", %u %s", static_cast<unsigned>(wanted), is_taken ? "yes" : "no");
   }
-  std::printf("\n");
+  std::printf("; of 128 KiB: %s\n", is_backed_up() ? "full" : "not full");
   return 0;
 }

@@ -21,6 +21,8 @@
 #include "gtest/gtest.h"
 #include "kqsupt/log.h"
 #include "kqsupt/os.h"
+#include "log/event_logs.h"
+#include "support/emulated.h"
 #include "support/guarded.h"
 #include "support/program.h"
 #include "support/scratch.h"
@@ -33,6 +35,7 @@ using kqsupt::tests::Guarded;
 using kqsupt::tests::Outcome;
 using kqsupt::tests::run_native;
 using kqsupt::tests::Scratch;
+using kqsupt::tests::survives_forks;
 using kqsupt::tests::SystemLog;
 
 constexpr SMStatus kFailed = 0xFFFFFFFF;
@@ -237,16 +240,6 @@ TEST(SystemLog, KeepsTheIdentitiesOfThreadsApart) {
   EXPECT_EQ(log.line(), "");
 }
 
-// The heap of the address sanitizer, and the emulator where it looks paths up, have mutexes that a
-// child finds taken for ever when another thread of its parent held them.
-bool survives_forks() {
-#ifdef __SANITIZE_ADDRESS__
-  return false;
-#endif
-  const char* runner = std::getenv("KQSUPT_RUNNER");
-  return runner == nullptr || std::strstr(runner, "qemu") == nullptr;
-}
-
 TEST(SystemLog, TakesLinesOfAChildThatWasMadeWhileAThreadLogged) {
   if (!survives_forks()) {
     GTEST_SKIP() << "what runs this does not survive such a fork";
@@ -289,6 +282,19 @@ TEST(SystemLog, TakesNoEventsThatAreMeantForOtherLogs) {
   const SystemLog log;
   EXPECT_EQ(SMAppendToLog(4 | 8, 1, 1, 1, "agent", "text", nullptr, 0), SM_STATUS_SUCCESS);
   EXPECT_EQ(log.line(), "");
+}
+
+TEST(SystemLog, TakesAnEventTogetherWithTheOtherLogs) {
+  const std::string text = kqsupt::tests::own_log(SM_LOG_TEXT);
+  const std::string xml = kqsupt::tests::own_log(SM_LOG_XML);
+  unlink(text.c_str());
+  unlink(xml.c_str());
+  const SystemLog log;
+  EXPECT_EQ(SMAppendToLog(2 | 4 | 8, 1, 1, 5, "agent", "text", nullptr, 0), SM_STATUS_SUCCESS);
+  EXPECT_EQ(log.line(), "<27>agent: Talmere EventID: 5  text");
+  EXPECT_EQ(log.line(), "");
+  EXPECT_EQ(kqsupt::tests::parse_text_log(content_of(text)).value().size(), 1U);
+  EXPECT_EQ(kqsupt::tests::parse_xml_log(content_of(xml)).value().size(), 1U);
 }
 
 // A daemon of the machine, which writes to a file.

@@ -181,59 +181,15 @@ TEST(FormatWrite, ZeroFillMakesUpTheWidth) {
   EXPECT_STREQ(buffer, "-00005");
 }
 
-TEST(FormatWrite, CutIsToldWhenACharacterIsDropped) {
+TEST(FormatWrite, CharactersThatAreDroppedCount) {
   char buffer[4];
   BoundedOutput output(buffer, sizeof buffer);
   const std::string abc = "abc";
   output.text(abc.data(), abc.size());
-  EXPECT_FALSE(output.cut());
   output.run('d', 1);
-  EXPECT_TRUE(output.cut());
   EXPECT_EQ(output.produced(), 4U);
   EXPECT_EQ(output.finish(), 3);
   EXPECT_STREQ(buffer, "abc");
-}
-
-int32_t format_cut(char* dst, uint32_t size, bool* cut, const char* pattern, ...) {
-  Arguments arguments;
-  va_start(arguments.list, pattern);
-  const int32_t stored = format_list(dst, size, pattern, cut, arguments);
-  va_end(arguments.list);
-  return stored;
-}
-
-TEST(FormatInside, CutIsSetWhenTheOutputDoesNotFit) {
-  char buffer[4];
-  bool cut = false;
-  EXPECT_EQ(format_cut(buffer, sizeof buffer, &cut, "%d", 1234), 3);
-  EXPECT_TRUE(cut);
-}
-
-TEST(FormatInside, CutIsLeftAloneWhenTheOutputFits) {
-  char buffer[4];
-  bool cut = false;
-  EXPECT_EQ(format_cut(buffer, sizeof buffer, &cut, "%d", 123), 3);
-  EXPECT_FALSE(cut);
-  cut = true;
-  EXPECT_EQ(format_cut(buffer, sizeof buffer, &cut, "%d", 12), 2);
-  EXPECT_TRUE(cut);
-}
-
-TEST(FormatInside, CutCountsWithoutABufferAsWithOne) {
-  bool cut = false;
-  EXPECT_EQ(format_cut(nullptr, 4, &cut, "%d", 123), 3);
-  EXPECT_FALSE(cut);
-  EXPECT_EQ(format_cut(nullptr, 4, &cut, "%d", 1234), 3);
-  EXPECT_TRUE(cut);
-}
-
-TEST(FormatInside, CutIsSetForABufferOfNoBytes) {
-  char buffer[] = "x";
-  bool cut = false;
-  EXPECT_EQ(format_cut(buffer, 0, &cut, "%s", ""), 0);
-  EXPECT_FALSE(cut);
-  EXPECT_EQ(format_cut(buffer, 0, &cut, "a"), 0);
-  EXPECT_TRUE(cut);
 }
 
 TEST(FormatInside, ArgumentsMayFollowTheFormat) {

@@ -2,20 +2,26 @@
 
 #include <arpa/inet.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <limits>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "gtest/gtest.h"
 #include "kqsupt/text.h"
+#include "support/child.h"
+#include "support/emulated.h"
 #include "support/guarded.h"
 
 namespace {
 
 using kqsupt::tests::Guarded;
+using kqsupt::tests::in_child;
+using kqsupt::tests::survives_forks;
 
 constexpr SMStatus kFailed = 0xFFFFFFFF;
 constexpr SMStatus kNotRead = 1;
@@ -461,6 +467,30 @@ TEST(ValueToText, TimesAreTheCLibrarysWithoutTheLineEnd) {
   tzset();
   expect_text<int32_t>(0, SMXLT_TYPE_TIME, "Thu Jan  1 00:00:00 1970", 64);
   expect_text<int32_t>(-1, SMXLT_TYPE_TIME, "Wed Dec 31 23:59:59 1969", 64);
+}
+
+TEST(ValueToText, ATimeIsWrittenInAChildThatWasMadeWhileAThreadWroteOne) {
+  if (!survives_forks()) {
+    GTEST_SKIP() << "what runs this does not survive such a fork";
+  }
+  const auto write = [](int32_t time) {
+    char text[64];
+    uint32_t size = sizeof text;
+    return SMXLTTypeValueToUTF8(&time, sizeof time, text, &size, SMXLT_TYPE_TIME);
+  };
+  std::atomic<bool> done = false;
+  std::thread writing([&] {
+    for (int32_t time = 0; !done; ++time) {
+      write(time);
+    }
+  });
+  int status = 0;
+  for (int i = 0; i < 500 && status == 0; ++i) {
+    status = in_child([&] { return write(-1) == SM_STATUS_SUCCESS ? 0 : 1; });
+  }
+  done = true;
+  writing.join();
+  EXPECT_EQ(status, 0);
 }
 
 // Bytes or text, whose room is that of their text.

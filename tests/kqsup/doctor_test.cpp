@@ -1,0 +1,311 @@
+#include "doctor_checks.h"
+
+#include "gtest/gtest.h"
+#include "kqsup/tree.h"
+#include "nlohmann/json.hpp"
+#include "support/program.h"
+
+namespace {
+
+using kqsup::CleanerLine;
+using kqsup::Finding;
+using kqsup::Health;
+using kqsup::Host;
+using kqsup::HostPaths;
+using kqsup::Root;
+using kqsupt::tests::built_program;
+using kqsupt::tests::Outcome;
+using kqsupt::tests::run;
+using kqsupt::tests::Tree;
+using nlohmann::ordered_json;
+
+constexpr time_t kNow = 1700000000;
+
+// A host on which all is well.
+class KqsupDoctor : public testing::Test {
+ protected:
+  KqsupDoctor() {
+    tree_.write("etc/ybreg.cfg",
+                "wexlib.installpath=/opt/wexlib\nwexlib.vardatapath=/opt/wexlib/var\n"
+                "Quillance.installpath=/opt/q\nQuillance.logpath=/opt/q/log\n");
+    tree_.make("opt/wexlib/var/.ipc");
+    tree_.make("opt/q/log/log");
+    tree_.write("proc/sys/kernel/sem", "32000\t1024000000\t500\t32000\n");
+    tree_.write("proc/sys/kernel/shmmni", "4096\n");
+    tree_.write("proc/sys/kernel/shmmax", "18446744073692774399\n");
+    tree_.write("proc/sys/kernel/msgmni", "32000\n");
+    tree_.write("proc/sys/fs/protected_regular", "2\n");
+    tree_.write("proc/sysvipc/sem", kSemTitles);
+    tree_.write("proc/sysvipc/shm", kShmTitles);
+    tree_.write("proc/sysvipc/msg", "       key      msqid perms\n");
+    tree_.write("usr/lib/systemd/systemd-logind", "");
+    tree_.write("etc/systemd/logind.conf", "[Login]\nRemoveIPC=no\n");
+  }
+
+  [[nodiscard]] Host host(time_t now = kNow) const {
+    const Root root(tree_.root());
+    return {root, HostPaths(root, [](const char*) -> const char* { return nullptr; }), now};
+  }
+
+  const char* const kSemTitles =
+      "       key      semid perms      nsems   uid   gid  cuid  cgid      otime      ctime\n";
+  const char* const kShmTitles =
+      "       key      shmid perms                  size  cpid  lpid nattch   uid   gid  cuid  "
+      "cgid      atime      dtime      ctime                   rss                  swap\n";
+  Tree tree_;
+};
+
+struct stat about(mode_t mode, uid_t owner) {
+  struct stat about {};
+  about.st_mode = mode;
+  about.st_uid = owner;
+  return about;
+}
+
+TEST_F(KqsupDoctor, FindsNothingWhereAllIsWell) {
+  for (const Finding& finding : examine(host())) {
+    EXPECT_EQ(finding.health, Health::kOk) << finding.check << ": " << finding.found;
+    EXPECT_NE(finding.why, "");
+    EXPECT_EQ(finding.to_do, "");
+  }
+  EXPECT_EQ(examine(host()).size(), 12U);
+}
+
+TEST_F(KqsupDoctor, SaysWhatToDoOnAHostThatHasNothing) {
+  const Tree empty;
+  const Root root(empty.root());
+  const Host host{root, HostPaths(root, [](const char*) -> const char* { return nullptr; }), 0};
+  for (const Finding& finding : examine(host)) {
+    EXPECT_EQ(finding.to_do.empty(), finding.health == Health::kOk) << finding.check;
+    EXPECT_NE(finding.found, "") << finding.check;
+  }
+  EXPECT_EQ(check_registry(host).health, Health::kWrong);
+  EXPECT_EQ(check_ipc_directory(host).health, Health::kWrong);
+  EXPECT_EQ(check_logs(host).health, Health::kWrong);
+}
+
+TEST_F(KqsupDoctor, WantsARegistryThatCanBeReadAndNamesAProduct) {
+  tree_.write("etc/ybreg.cfg", "other.installpath=/x\n");
+  EXPECT_EQ(check_registry(host()).health, Health::kWrong);
+  std::filesystem::remove(tree_.at("etc/ybreg.cfg"));
+  tree_.make("etc/ybreg.cfg");
+  EXPECT_EQ(check_registry(host()).health, Health::kWrong);
+}
+
+TEST_F(KqsupDoctor, WantsADirectoryOfSharedObjects) {
+  std::filesystem::remove(tree_.at("opt/wexlib/var/.ipc"));
+  const Finding missing = check_ipc_directory(host());
+  EXPECT_EQ(missing.health, Health::kWrong);
+  EXPECT_EQ(missing.found, "/opt/wexlib/var/.ipc: No such file or directory");
+  tree_.write("opt/wexlib/var/.ipc", "");
+  EXPECT_EQ(check_ipc_directory(host()).health, Health::kWrong);
+  std::filesystem::remove_all(tree_.at("opt/wexlib"));
+  EXPECT_EQ(check_ipc_directory(host()).health, Health::kWrong);
+}
+
+TEST_F(KqsupDoctor, LooksForItWithTheOtherProductWhereTheFirstHasNone) {
+  tree_.write("etc/ybreg.cfg", "nurb.installpath=/opt/nurb\n");
+  tree_.make("opt/nurb/.ipc");
+  EXPECT_EQ(check_ipc_directory(host()).health, Health::kOk);
+}
+
+TEST(KqsupDoctorJudges, TheOwnerAndModeOfTheIpcDirectory) {
+  const auto health = [](mode_t mode, uid_t owner, uid_t parent_owner) {
+    return kqsup::judge_ipc_directory("/v/.ipc", about(mode, owner),
+                                      about(S_IFDIR | 0755, parent_owner))
+        .health;
+  };
+  EXPECT_EQ(health(S_IFDIR | 0755, 0, 0), Health::kOk);
+  EXPECT_EQ(health(S_IFDIR | 02770, 120, 120), Health::kOk);
+  EXPECT_EQ(health(S_IFDIR | 0755, 0, 120), Health::kOk);
+  EXPECT_EQ(health(S_IFDIR | 0755, 121, 120), Health::kWrong);
+  EXPECT_EQ(health(S_IFDIR | 0555, 0, 0), Health::kWrong);
+  EXPECT_EQ(health(S_IFDIR | 0777, 0, 0), Health::kWarning);
+  EXPECT_EQ(health(S_IFDIR | 01777, 0, 0), Health::kOk);
+  EXPECT_EQ(health(S_IFREG | 0777, 0, 0), Health::kWrong);
+}
+
+TEST_F(KqsupDoctor, CountsWhatTheLimitsLeave) {
+  tree_.write("proc/sys/kernel/sem", "250 100 32 4\n");
+  const std::string set = "    300001          0   664         30     0     0     0     0  0  0\n";
+  tree_.write("proc/sysvipc/sem", kSemTitles + set + set);
+  EXPECT_EQ(check_limits(host())[0].found, "2 of 4");
+  EXPECT_EQ(check_limits(host())[0].health, Health::kOk);
+  EXPECT_EQ(check_limits(host())[1].found, "60 of 100");
+  tree_.write("proc/sysvipc/sem", kSemTitles + set + set + set);
+  EXPECT_EQ(check_limits(host())[1].health, Health::kWarning);
+  tree_.write("proc/sysvipc/sem", kSemTitles + set + set + set + set);
+  EXPECT_EQ(check_limits(host())[0].health, Health::kWrong);
+  tree_.write("proc/sys/kernel/shmmni", "1\n");
+  tree_.write("proc/sysvipc/shm", kShmTitles + std::string("300001 0 664 100 1 1 0 0 0 0 0\n"));
+  EXPECT_EQ(check_limits(host())[2].health, Health::kWrong);
+}
+
+TEST_F(KqsupDoctor, WantsSegmentsThatARecordFitsInto) {
+  tree_.write("proc/sys/kernel/shmmax", "65535\n");
+  EXPECT_EQ(check_limits(host())[4].health, Health::kWrong);
+  tree_.write("proc/sys/kernel/shmmax", "65536\n");
+  EXPECT_EQ(check_limits(host())[4].health, Health::kWarning);
+}
+
+TEST_F(KqsupDoctor, WarnsOfLimitsThatCannotBeRead) {
+  for (const char* content : {"", "x y z w", "1 2 3", "1 -2 3 -4"}) {
+    tree_.write("proc/sys/kernel/sem", content);
+    EXPECT_EQ(check_limits(host())[0].health, Health::kWarning) << content;
+  }
+  std::filesystem::remove(tree_.at("proc/sysvipc/shm"));
+  EXPECT_EQ(check_limits(host())[2].health, Health::kWarning);
+}
+
+TEST_F(KqsupDoctor, WarnsOfLogindWhichRemovesObjectsUnlessTold) {
+  tree_.write("etc/systemd/logind.conf", "[Login]\n#RemoveIPC=no\n");
+  EXPECT_EQ(check_logind(host()).health, Health::kWarning);
+  tree_.write("usr/lib/systemd/logind.conf.d/50-a.conf", "[Other]\nRemoveIPC=no\n");
+  EXPECT_EQ(check_logind(host()).health, Health::kWarning);
+  tree_.write("usr/lib/systemd/logind.conf.d/50-a.conf", "[Login]\n RemoveIPC = off \n");
+  EXPECT_EQ(check_logind(host()).health, Health::kOk);
+  tree_.write("etc/systemd/logind.conf.d/60-b.conf", "[Login]\nRemoveIPC=\n");
+  EXPECT_EQ(check_logind(host()).health, Health::kWarning);
+  std::filesystem::remove(tree_.at("etc/systemd/logind.conf.d/60-b.conf"));
+  tree_.write("etc/systemd/logind.conf.d/50-a.conf", "");  // stands for the other one
+  EXPECT_EQ(check_logind(host()).health, Health::kWarning);
+  std::filesystem::remove(tree_.at("usr/lib/systemd/systemd-logind"));
+  EXPECT_EQ(check_logind(host()).health, Health::kOk);
+}
+
+TEST_F(KqsupDoctor, FindsObjectsThatLogindWillRemove) {
+  tree_.write("etc/systemd/logind.conf", "");
+  tree_.write("proc/sysvipc/sem", kSemTitles + std::string("300001 0 664 1 999 0 999 0 0 0\n"));
+  EXPECT_EQ(check_logind(host()).health, Health::kWarning);
+  tree_.write("proc/sysvipc/sem", kSemTitles + std::string("300000 0 664 1 1000 0 1000 0 0 0\n"));
+  EXPECT_EQ(check_logind(host()).health, Health::kWarning);
+  tree_.write("proc/sysvipc/sem", kSemTitles + std::string("300001 0 664 1 1000 0 1000 0 0 0\n"));
+  EXPECT_EQ(check_logind(host()).health, Health::kWrong);
+  tree_.write("etc/systemd/logind.conf", "[Login]\nRemoveIPC=false");
+  EXPECT_EQ(check_logind(host()).health, Health::kOk);
+}
+
+TEST_F(KqsupDoctor, WarnsOfStickyDirectoriesUnderProtection) {
+  ASSERT_EQ(chmod(tree_.at("opt/q/log/log").c_str(), 01777), 0);
+  EXPECT_EQ(check_protected_files(host()).health, Health::kWarning);
+  tree_.write("proc/sys/fs/protected_regular", "0\n");
+  EXPECT_EQ(check_protected_files(host()).health, Health::kOk);
+  std::filesystem::remove(tree_.at("proc/sys/fs/protected_regular"));
+  EXPECT_EQ(check_protected_files(host()).health, Health::kOk);
+  tree_.write("proc/sys/fs/protected_regular", "");
+  EXPECT_EQ(check_protected_files(host()).health, Health::kWarning);
+}
+
+TEST(KqsupDoctorJudges, FilesOfOthersInAStickyDirectory) {
+  const auto health = [](int level, mode_t mode, const std::vector<uid_t>& owners) {
+    return kqsup::judge_protected_files(level, "/d", about(S_IFDIR | mode, 0), owners).health;
+  };
+  EXPECT_EQ(health(1, 01777, {0, 1000}), Health::kWrong);
+  EXPECT_EQ(health(1, 01777, {0, 0}), Health::kWarning);
+  EXPECT_EQ(health(1, 01775, {0, 1000}), Health::kOk);
+  EXPECT_EQ(health(2, 01775, {0, 1000}), Health::kWrong);
+  EXPECT_EQ(health(2, 0777, {0, 1000}), Health::kOk);
+  EXPECT_EQ(health(0, 01777, {0, 1000}), Health::kOk);
+}
+
+TEST_F(KqsupDoctor, FindsCleanersOverTheVariableData) {
+  tree_.write("usr/lib/tmpfiles.d/a.conf", "q /opt 0755 - - 10d\n");
+  const Finding finding = check_cleaners(host());
+  EXPECT_EQ(finding.health, Health::kWrong);
+  EXPECT_EQ(finding.found, "q /opt after 10d is over /opt/wexlib/var/.ipc");
+  tree_.write("run/tmpfiles.d/b.conf", "x /opt/wex*\n");
+  EXPECT_EQ(check_cleaners(host()).health, Health::kOk);
+  tree_.write("etc/tmpfiles.d/b.conf", "");
+  EXPECT_EQ(check_cleaners(host()).health, Health::kWrong);
+  tree_.write("etc/tmpfiles.d/a.conf", "# nothing\n");
+  EXPECT_EQ(check_cleaners(host()).health, Health::kOk);
+}
+
+TEST(KqsupDoctorJudges, WhichLineCleansADirectory) {
+  const auto cleaner = [](const char* text) {
+    const std::vector<CleanerLine> lines = kqsup::cleaner_lines(text);
+    const CleanerLine* line = kqsup::cleaner_of(lines, "/var/tmp/v/.ipc");
+    return line != nullptr ? line->type + " " + line->path : "none";
+  };
+  EXPECT_EQ(cleaner(""), "none");
+  EXPECT_EQ(cleaner("d /var/tmp 1777 root root 30d"), "d /var/tmp");
+  EXPECT_EQ(cleaner("d /var/tmp 1777 root root -"), "none");
+  EXPECT_EQ(cleaner("d /var/tmp"), "none");
+  EXPECT_EQ(cleaner("D /var/tmp"), "D /var/tmp");
+  EXPECT_EQ(cleaner("R! /var/tmp/v"), "R! /var/tmp/v");
+  EXPECT_EQ(cleaner("e \"/var/tmp/*\" - - - 5d"), "e /var/tmp/*");
+  EXPECT_EQ(cleaner("d /var/tm - - - 5d"), "none");
+  EXPECT_EQ(cleaner("d %V/ - - - 5d"), "d /var/tmp");
+  EXPECT_EQ(cleaner("d /%b/ - - - 5d"), "none");
+  EXPECT_EQ(cleaner("f /var/tmp - - - 5d"), "none");
+  EXPECT_EQ(cleaner("d /var/tmp - - - 5d\nd /var/tmp/v 0755 - - -"), "none");
+  EXPECT_EQ(cleaner("d /var - - - 5d\nX /var/tmp/v"), "d /var");
+  EXPECT_EQ(cleaner("d"), "none");
+  EXPECT_EQ(cleaner("\"\" \"\"\nd \"/var/tmp"), "none");
+  EXPECT_EQ(cleaner("%\nd %\nd \\"), "none");
+}
+
+TEST_F(KqsupDoctor, WantsLogsThatCanBeWritten) {
+  std::filesystem::remove(tree_.at("opt/q/log/log"));
+  EXPECT_EQ(check_logs(host()).health, Health::kOk);  // the first event makes it
+  tree_.write("opt/q/log/log", "");
+  EXPECT_EQ(check_logs(host()).health, Health::kWrong);
+  std::filesystem::remove(tree_.at("opt/q/log/log"));
+  tree_.make("opt/q/log/log/kqsys32.xml");
+  EXPECT_EQ(check_logs(host()).found, "/opt/q/log/log/kqsys32.xml: It is no regular file");
+  std::filesystem::remove_all(tree_.at("opt/q/log"));
+  EXPECT_EQ(check_logs(host()).health, Health::kWrong);
+}
+
+TEST_F(KqsupDoctor, FindsLogsOnADiskThatIsMountedForReading) {
+  const std::string directory = tree_.at("opt/q/log/log");
+  const auto mount = [](const std::vector<std::string>& words) {
+    return kqsupt::tests::run_native(words).exit_status;
+  };
+  ASSERT_EQ(mount({"mount", "--bind", directory, directory}), 0);
+  ASSERT_EQ(mount({"mount", "-o", "remount,bind,ro", directory}), 0);
+  const Finding finding = check_logs(host());
+  EXPECT_EQ(mount({"umount", "-l", directory}), 0);
+  EXPECT_EQ(finding.found, "/opt/q/log/log: Read-only file system");
+  EXPECT_EQ(finding.health, Health::kWrong);
+}
+
+TEST_F(KqsupDoctor, FindsAClockBefore2000) {
+  EXPECT_EQ(check_clock(host(946684799)).health, Health::kWrong);
+  EXPECT_EQ(check_clock(host(0)).found, "1970-01-01 00:00 UTC");
+  EXPECT_EQ(check_clock(host(946684800)).health, Health::kOk);
+}
+
+TEST_F(KqsupDoctor, EndsWithOneWhenSomethingIsWrongAndChangesNothing) {
+  const std::vector<std::string> command{built_program("kqsup"), "doctor", "--json", "--root",
+                                         tree_.root()};
+  auto before = tree_.state();
+  Outcome outcome = run(command);
+  EXPECT_EQ(outcome.exit_status, 0) << outcome.out;
+  EXPECT_EQ(ordered_json::parse(outcome.out).size(), 12U);
+  EXPECT_EQ(tree_.state(), before);
+
+  std::filesystem::remove(tree_.at("opt/wexlib/var/.ipc"));
+  before = tree_.state();
+  outcome = run(command);
+  EXPECT_EQ(outcome.exit_status, 1) << outcome.err;
+  EXPECT_EQ(ordered_json::parse(outcome.out)[1]["state"], "wrong");
+  EXPECT_EQ(tree_.state(), before);
+}
+
+TEST_F(KqsupDoctor, ChangesNothingInTheSandboxEither) {
+  const std::string installed = std::string(std::getenv("KQSUPT_SANDBOX")) + "/install";
+  const auto before = Tree::state_of(installed);
+  const Outcome outcome = run({built_program("kqsup"), "doctor"});
+  EXPECT_NE(outcome.exit_status, 2) << outcome.err;
+  EXPECT_TRUE(outcome.out.starts_with("CHECK")) << outcome.out;
+  EXPECT_EQ(Tree::state_of(installed), before);
+}
+
+TEST_F(KqsupDoctor, TellsHowItIsUsed) {
+  const Outcome outcome = run({built_program("kqsup"), "doctor", "--help"});
+  EXPECT_EQ(outcome.exit_status, 0);
+  EXPECT_NE(outcome.out.find("Example: kqsup doctor"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,69 @@
+// The install registry as a process that loads the library now would see it, and what of it is on
+// disk. It is read here, for loading the library is more than looking.
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kqsup {
+
+// A directory to look below instead of the host's root: the files of a container, or of a test.
+// Symbolic links in it are followed as they are.
+class Root {
+ public:
+  Root() = default;
+  explicit Root(std::string directory) : directory_(std::move(directory)) {
+    while (directory_.ends_with('/')) {
+      directory_.pop_back();
+    }
+  }
+
+  // Where an absolute path of the host lies.
+  [[nodiscard]] std::string at(std::string_view path) const {
+    return directory_ + std::string(path);
+  }
+
+ private:
+  std::string directory_;
+};
+
+struct HostPath {
+  std::string product;
+  std::string kind;  // as in the registry: "logpath"
+  std::string path;
+  std::string from;  // "registry", "environment" or, for want of its own line, another key
+};
+
+class HostPaths {
+ public:
+  // The value of an environment variable; null when it is not set.
+  using Environment = const char* (*)(const char* name);
+
+  // What is wrong with the registry itself is told by the members below; the environment counts
+  // without one too, but a process does not start then.
+  HostPaths(const Root& root, Environment environment);
+
+  // Where the registry lies, as the host names it; empty when there is none.
+  [[nodiscard]] const std::string& registry() const { return registry_; }
+  // Why it could not be read; empty when it was.
+  [[nodiscard]] const std::string& why() const { return why_; }
+
+  // The paths that are known, by product and kind in the library's order.
+  [[nodiscard]] const std::vector<HostPath>& all() const { return paths_; }
+
+  // Empty when it is not known.
+  [[nodiscard]] std::string path(std::string_view product, std::string_view kind) const;
+
+  // The directory in which agents keep what they share: that of wexlib, of nurb where wexlib has
+  // none. Empty when neither has.
+  [[nodiscard]] std::string variable_data() const;
+
+ private:
+  std::string registry_;
+  std::string why_;
+  std::vector<HostPath> paths_;
+};
+
+}  // namespace kqsup

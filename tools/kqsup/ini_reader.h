@@ -1,0 +1,37 @@
+// INI files, read as the library reads them but for its lock and its mending: both change the disk.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kqsup {
+
+// Where an interrupted change of the file left the content that counts: the library puts it back
+// before it reads or writes.
+[[nodiscard]] std::string ini_backup(const std::string& path);
+
+struct IniLine {
+  size_t line = 0;  // from 1; a header's for a section without keys
+  std::string section;
+  std::optional<std::string> key;
+  std::string value;
+  // Whether somebody who asks for section and key gets this value: only the first section of a name
+  // counts, and in it the first line of a key.
+  bool is_found = false;
+};
+
+struct IniContent {
+  std::vector<IniLine> lines;
+  size_t broken_header = 0;  // the line of the first header without its "]"; 0 for none
+
+  // Sections behind a broken header are not found.
+  [[nodiscard]] bool has_section(std::string_view section) const;
+  [[nodiscard]] const IniLine* find(std::string_view section, std::string_view key) const;
+};
+
+[[nodiscard]] IniContent read_ini(std::string_view text);
+
+}  // namespace kqsup

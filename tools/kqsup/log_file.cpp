@@ -1,0 +1,71 @@
+#include "log_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace kqsup {
+
+std::optional<LogFile> LogFile::open(const std::string& path, int* why) {
+  // Without O_NONBLOCK a pipe of that name would be waited for.
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  // The time of the last look is left as it was where we may do that, which is with files of our own.
+  int file = ::open(path.c_str(), kFlags | O_NOATIME);
+  if (file < 0 && errno == EPERM) {
+    file = ::open(path.c_str(), kFlags);
+  }
+  if (file < 0) {
+    *why = errno;
+    return std::nullopt;
+  }
+  struct stat about {};
+  const bool is_known = fstat(file, &about) == 0;
+  if (!is_known || !S_ISREG(about.st_mode)) {
+    *why = is_known && S_ISDIR(about.st_mode) ? EISDIR : EINVAL;
+    close(file);
+    return std::nullopt;
+  }
+  return LogFile(file, about.st_dev, about.st_ino);
+}
+
+LogFile::~LogFile() {
+  if (file_ >= 0) {
+    close(file_);
+  }
+}
+
+size_t LogFile::read(uint64_t offset, char* to, size_t size) {
+  size_t done = 0;
+  while (done < size) {
+    const ssize_t count = pread(file_, to + done, size - done, static_cast<off_t>(offset + done));
+    if (count < 0 && errno == EINTR) {
+      continue;
+    }
+    if (count <= 0) {  // what cannot be read is not there
+      break;
+    }
+    done += static_cast<size_t>(count);
+  }
+  return done;
+}
+
+LogFile::State LogFile::state() const {
+  struct stat about {};
+  if (fstat(file_, &about) != 0) {
+    return {};
+  }
+  return {static_cast<uint64_t>(about.st_size), about.st_mtim.tv_sec, about.st_mtim.tv_nsec};
+}
+
+uint64_t LogFile::size() const {
+  return state().size;
+}
+
+bool LogFile::is_named(const std::string& path) const {
+  struct stat about {};
+  return stat(path.c_str(), &about) == 0 && about.st_dev == device_ && about.st_ino == node_;
+}
+
+}  // namespace kqsup

@@ -1,0 +1,66 @@
+#include "looked_at.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace kqsup {
+
+namespace {
+
+LookedAt failed() {
+  LookedAt file;
+  file.is_missing = errno == ENOENT || errno == ENOTDIR;
+  file.why = std::strerror(errno);
+  return file;
+}
+
+// Sizes that a file tells are not trusted: those of the kernel's own files are 0.
+LookedAt read_from(int descriptor, size_t limit) {
+  LookedAt file;
+  char piece[16384];
+  for (;;) {
+    const ssize_t count = read(descriptor, piece, sizeof piece);
+    if (count < 0 && errno == EINTR) {
+      continue;
+    }
+    if (count < 0) {
+      return failed();
+    }
+    const size_t room = limit - file.bytes.size();
+    file.goes_on = static_cast<size_t>(count) > room;
+    file.bytes.append(piece, file.goes_on ? room : static_cast<size_t>(count));
+    if (count == 0 || file.goes_on) {
+      return file;
+    }
+  }
+}
+
+}  // namespace
+
+LookedAt look_at(const std::string& path, size_t limit) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0) {
+    return failed();
+  }
+  struct stat about {};
+  LookedAt file;
+  if (fstat(descriptor, &about) != 0) {
+    file = failed();
+  } else if (!S_ISREG(about.st_mode)) {
+    file.why = S_ISDIR(about.st_mode) ? "It is a directory" : "It is no regular file";
+  } else {
+    file = read_from(descriptor, limit);
+  }
+  close(descriptor);
+  return file;
+}
+
+LookedAt look_at_input(size_t limit) {
+  return read_from(STDIN_FILENO, limit);
+}
+
+}  // namespace kqsup

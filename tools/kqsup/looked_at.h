@@ -1,0 +1,29 @@
+// The bytes of a file that is only looked at: it is not waited for, locked, or changed, and no more
+// of it is kept than asked for.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace kqsup {
+
+struct LookedAt {
+  std::string bytes;
+  std::string why;          // why it could not be read; empty when it was
+  bool is_missing = false;  // it could not, since there is none
+  bool goes_on = false;     // it has more bytes than were asked for
+
+  [[nodiscard]] bool ok() const { return why.empty(); }
+};
+
+// The first bytes of a regular file, `limit` of them at the most. Nothing else is opened to be read:
+// a pipe could keep its reader waiting, and a device need have no end.
+[[nodiscard]] LookedAt look_at(const std::string& path, size_t limit);
+
+// The first bytes of the standard input, whatever it is.
+[[nodiscard]] LookedAt look_at_input(size_t limit);
+
+// No text file of a host that is looked at is larger than this.
+inline constexpr size_t kLargestText = 64U << 20U;
+
+}  // namespace kqsup

@@ -1,0 +1,200 @@
+#include "name_registry.h"
+
+#include <algorithm>
+#include <charconv>
+#include <set>
+
+#include "file_snapshot.h"
+#include "ini_lines.h"
+#include "listing.h"
+
+namespace kqsup {
+
+namespace {
+
+constexpr std::string_view kKeysByName = "Unique String Name Key Section";
+constexpr std::string_view kNamesByKey = "Unique Numeric Value Key Section";
+constexpr std::string_view kSemaphoreList = "Semaphore List";
+
+struct Entry {
+  std::string_view key;
+  std::string_view value;
+};
+using Sections = std::map<std::string_view, std::vector<Entry>>;
+
+// Of sections with one name the first one counts, and of its keys the first one of each name. What
+// is behind a header without its end is not there for anybody.
+Sections parse_sections(std::string_view content, std::vector<std::string>* damage) {
+  Sections sections;
+  std::vector<Entry>* entries = nullptr;
+  std::set<std::string_view> keys;
+  IniLines lines(content);
+  for (std::string_view line; lines.next(&line);) {
+    if (line.starts_with('[')) {
+      const size_t end = line.find(']');
+      if (end == std::string_view::npos) {
+        damage->push_back("line " + std::to_string(lines.number()) +
+                          " is a section header without its \"]\"; nothing behind it is found");
+        break;
+      }
+      const auto [place, is_new] = sections.try_emplace(line.substr(1, end - 1));
+      entries = is_new ? &place->second : nullptr;
+      keys.clear();
+      continue;
+    }
+    const size_t sign = line.find('=');
+    if (lines.is_comment() || entries == nullptr || sign == std::string_view::npos ||
+        !keys.insert(line.substr(0, sign)).second) {
+      continue;
+    }
+    entries->push_back({line.substr(0, sign), line.substr(sign + 1)});
+  }
+  return sections;
+}
+
+// All of a text as a number; none when it is not one.
+template <class Number>
+std::optional<Number> number(std::string_view text) {
+  Number value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc() && end == text.data() + text.size() ? std::optional(value)
+                                                                  : std::nullopt;
+}
+
+// The number that a value begins with, as the library takes it; none where it takes 0.
+std::optional<uint32_t> key_in(std::string_view value) {
+  value.remove_prefix(std::min(value.find_first_not_of(" \t\v\f\r"), value.size()));
+  value.remove_prefix(value.starts_with('+') ? 1 : 0);
+  return number<uint32_t>(value.substr(0, value.find_first_not_of("0123456789")));
+}
+
+std::string quoted(std::string_view text) {
+  return "\"" + printable(text) + "\"";
+}
+
+class Names {
+ public:
+  explicit Names(NameRegistry* registry) : registry_(*registry) {}
+
+  void add(std::string_view name, std::optional<uint32_t> key, bool is_by_name) {
+    if (key.value_or(0) == 0) {
+      registry_.damage.push_back("the name " + quoted(name) + " has no key");
+      return;
+    }
+    if (const auto [other, is_new] = by_key_.try_emplace(*key, name); !is_new) {
+      if (other->second != name) {
+        registry_.damage.push_back("the names " + quoted(other->second) + " and " + quoted(name) +
+                                   " have one key, " + std::to_string(*key));
+      }
+      if (is_known(name)) {
+        return;
+      }
+    }
+    if (known_.insert(name).second) {
+      registry_.names.push_back({std::string(name), *key, is_by_name});
+    }
+  }
+  [[nodiscard]] bool is_known(std::string_view name) const { return known_.contains(name); }
+
+ private:
+  NameRegistry& registry_;
+  std::map<uint32_t, std::string_view> by_key_;
+  std::set<std::string_view> known_;
+};
+
+}  // namespace
+
+NameKind kind_of_name(std::string_view decorated) {
+  constexpr std::pair<std::string_view, NameKind> kKinds[] = {
+      {kMutexPrefix, NameKind::kMutex},
+      {kSemaphorePrefix, NameKind::kSemaphore},
+      {kSharedMemoryPrefix, NameKind::kSharedMemory},
+      {kEventPrefix, NameKind::kEvent},
+      {kPathLockPrefix, NameKind::kPathLock}};
+  constexpr size_t kDigits = 32;
+  for (const auto& [prefix, kind] : kKinds) {
+    if (decorated.starts_with(prefix) && decorated.size() == prefix.size() + kDigits &&
+        decorated.find_first_not_of("0123456789ABCDEF", prefix.size()) == std::string_view::npos) {
+      return kind;
+    }
+  }
+  return NameKind::kUnknown;
+}
+
+uint32_t NameRegistry::highest_key() const {
+  return names.empty() ? 0 : names.back().key;
+}
+
+NameRegistry parse_name_registry(std::string_view content) {
+  NameRegistry registry;
+  const Sections sections = parse_sections(content, &registry.damage);
+  const auto entries_of = [&](std::string_view section) {
+    const auto place = sections.find(section);
+    return place != sections.end() ? place->second : std::vector<Entry>();
+  };
+  Names names(&registry);
+  for (const Entry& entry : entries_of(kKeysByName)) {
+    names.add(entry.key, key_in(entry.value), true);
+  }
+  // Both sections are changed at once. A name that only this one has was taken out of the other.
+  std::set<std::pair<uint32_t, std::string_view>> keys;
+  for (const Entry& entry : entries_of(kNamesByKey)) {
+    keys.emplace(number<uint32_t>(entry.key).value_or(0), entry.value);
+    if (!names.is_known(entry.value)) {
+      registry.damage.push_back("the key " + quoted(entry.key) + " of the name " +
+                                quoted(entry.value) + " is not found by that name");
+      if (const auto key = number<uint32_t>(entry.key)) {
+        names.add(entry.value, key, false);
+      }
+    }
+  }
+  for (NameRegistry::Name& name : registry.names) {
+    name.is_found_both_ways = name.is_found_both_ways && keys.contains({name.key, name.text});
+  }
+  for (const Entry& entry : entries_of(kSemaphoreList)) {
+    const auto id = number<int32_t>(entry.key);
+    const auto maker = number<uint64_t>(entry.value);
+    if (id.has_value() && maker.has_value()) {
+      registry.listed_sets.push_back({*id, *maker});
+    } else {
+      registry.damage.push_back("the list of semaphore sets has the entry " + quoted(entry.key) +
+                                " with the process " + quoted(entry.value));
+    }
+  }
+  std::stable_sort(registry.names.begin(), registry.names.end(),
+                   [](const auto& a, const auto& b) { return a.key < b.key; });
+  return registry;
+}
+
+std::string registry_path(const std::string& ipc_directory) {
+  return ipc_directory + "/.lxsuptIPCini";
+}
+// The library puts "bak" behind the last "." of the path, or behind what is left of a long one.
+std::string registry_backup_path(const std::string& ipc_directory) {
+  const std::string path = registry_path(ipc_directory);
+  constexpr size_t kLongPath = 251;
+  constexpr size_t kKeptOfLongPath = 252;
+  return path.size() >= kLongPath ? path.substr(0, kKeptOfLongPath) + "bak"
+                                  : path.substr(0, path.rfind('.')) + ".bak";
+}
+
+// A replacement renames the old file away, the new one to its place, and takes the old one away. So
+// there is the one or the other, though each may be missed in turn by who looks at the wrong moment.
+RegistryFile read_name_registry(const std::string& ipc_directory) {
+  const std::string places[] = {registry_path(ipc_directory), registry_backup_path(ipc_directory)};
+  constexpr int kTries = 16;
+  for (int tries = 0; tries < kTries; ++tries) {
+    for (const std::string& place : places) {
+      const FileSnapshot file = read_file(place);
+      if (file.result == FileSnapshot::Result::kRead) {
+        return {true, parse_name_registry(file.content), {}};
+      }
+      if (file.result == FileSnapshot::Result::kUnreadable) {
+        return {false, {}, place + ": " + file.why};
+      }
+    }
+  }
+  return {true, {}, {}};
+}
+
+}  // namespace kqsup
