@@ -38,7 +38,8 @@ enum {
   /** The caller's buffer is NULL or too small; where the function says so, its size argument now
    * holds the size that is needed. */
   SM_STATUS_BUFFER_TOO_SMALL = 0x10,
-  /** Inside the INI engine: the scan reached the next section header. Never returned to a caller. */
+  /** Inside the INI engine: the scan reached the next section header. Never returned to a caller.
+   */
   SM_STATUS_NEXT_SECTION = 0x11,
   /** A record would exceed 65,535 entries or 65,535 bytes, or a write to a file failed. */
   SM_STATUS_OUT_OF_SPACE = 0x13,

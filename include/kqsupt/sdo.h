@@ -371,7 +371,8 @@ typedef SMStatus (*SMSDOBinaryWalkEnd)(void* context, uint32_t parentToken, uint
  * @return What a callback returned, any number: the first result that ended the walk; else the
  *     result of `end` for the outermost block; else, without an `end`, the last result of `after`.
  * @retval SM_STATUS_SUCCESS the walk came to its end, and no callback's result says otherwise.
- * @retval SM_STATUS_INVALID_PARAMETER `binary` NULL or not a block, or a nested value that is none. */
+ * @retval SM_STATUS_INVALID_PARAMETER `binary` NULL or not a block, or a nested value that is
+ *     none. */
 KQSUPT_API SMStatus SMSDOBinaryWalk(const void* binary, void* context, SMSDOBinaryWalkBegin begin,
                                     SMSDOBinaryWalkEntry entry, SMSDOBinaryWalkAfter after,
                                     SMSDOBinaryWalkEnd end, uint16_t recurse);

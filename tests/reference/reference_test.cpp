@@ -1,5 +1,5 @@
-// Every exported function is described in full: what it does, each argument, who owns what is behind
-// each pointer, and each status that it returns.
+// Every exported function is described in full: what it does, each argument, who owns what is
+// behind each pointer, and each status that it returns.
 
 #include <algorithm>
 #include <array>
