@@ -256,8 +256,8 @@ EventReader::Start EventReader::start_at(std::string_view bytes) const {
 }
 
 // A record whose units are ASCII looks the same in both orders, a byte apart: which one it is in is
-// known from the records before it, or from the line end that the log ends with, or else from where a
-// log that is whole would have it.
+// known from the records before it, or from the line end that the log ends with, or else from
+// where a log that is whole would have it.
 ByteOrder EventReader::likely_order(std::string_view bytes, size_t at) const {
   if (has_end_ && bytes.ends_with(std::string_view("\n\0", 2))) {
     return ByteOrder::kLittle;
@@ -355,7 +355,8 @@ EventReader::Found EventReader::next(bool is_final) {
       }
     }
     const Start start = start_at(bytes);
-    // A description may hold what looks like the end of its record, but hardly the beginning of one.
+    // A description may hold what looks like the end of its record, but hardly the beginning of
+    // one.
     const Start after = start_after(bytes, start);
     const bool is_bounded = after.kind != Kind::kNone;
     if (!is_bounded && load_more()) {

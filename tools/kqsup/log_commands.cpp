@@ -90,7 +90,8 @@ void show(const LogArguments& arguments, Run& run) {
     }
   }
   if (!has_any) {
-    // Agents that log only to one of this host's logs are well. Without any there is nothing to see.
+    // Agents that log only to one of this host's logs are well. Without any there is nothing to
+    // see.
     if (arguments.files.empty() && !logs.empty()) {
       complain(logs[0], ENOENT);
     }

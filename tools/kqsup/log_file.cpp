@@ -11,7 +11,8 @@ namespace kqsup {
 std::optional<LogFile> LogFile::open(const std::string& path, int* why) {
   // Without O_NONBLOCK a pipe of that name would be waited for.
   constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-  // The time of the last look is left as it was where we may do that, which is with files of our own.
+  // The time of the last look is left as it was where we may do that, which is with files of our
+  // own.
   int file = ::open(path.c_str(), kFlags | O_NOATIME);
   if (file < 0 && errno == EPERM) {
     file = ::open(path.c_str(), kFlags);

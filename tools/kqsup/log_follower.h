@@ -55,7 +55,8 @@ class LogFollower {
   const LogFilter* filter_;
   LogPrinter* printer_;
   std::unique_ptr<Opened> log_;
-  // The backup that was there when log_ was opened. It is open so that no other file takes its number.
+  // The backup that was there when log_ was opened. It is open so that no other file takes its
+  // number.
   std::unique_ptr<Opened> old_backup_;
   LogFile::State state_;
   bool has_changed_ = true;

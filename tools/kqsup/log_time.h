@@ -14,8 +14,8 @@ using CalendarSeconds = int64_t;
 // "Sat Nov 21 12:48:33 2026", as logs have it. None for any other text.
 [[nodiscard]] std::optional<CalendarSeconds> parse_calendar(std::string_view text);
 
-// What a person gives: "2026-11-21", the same with "12:48" or "12:48:33" behind a blank or a "T", or
-// how long before `now`: "90s", "15m", "2h", "7d". None for any other text.
+// What a person gives: "2026-11-21", the same with "12:48" or "12:48:33" behind a blank or a "T",
+// or how long before `now`: "90s", "15m", "2h", "7d". None for any other text.
 [[nodiscard]] std::optional<CalendarSeconds> parse_moment(std::string_view text,
                                                           CalendarSeconds now);
 
