@@ -86,7 +86,7 @@ TEST(KqsupIni, GivesWhatTheLibraryGivesOverManyFiles) {
   std::mt19937 random(7);
   for (int i = 0; i < 400; ++i) {
     std::string content = i % 2 == 0 ? "[s]\n" : "";
-    for (unsigned pieces = random() % 24; pieces != 0; --pieces) {
+    for (auto pieces = random() % 24; pieces != 0; --pieces) {
       content += kPieces[random() % std::size(kPieces)];
     }
     expect_the_same(content, "s", "k");
