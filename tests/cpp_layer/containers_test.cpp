@@ -177,8 +177,8 @@ TEST(Base64, TakesAnyBytes) {
 }
 
 TEST(Base64, GivesBackAnyBytes) {
-  for (const std::string bytes : {std::string(), std::string("f"), std::string("f\0", 2),
-                                  std::string("fan"), std::string("\xFF\0\xFE\0", 4)}) {
+  for (const std::string& bytes : {std::string(), std::string("f"), std::string("f\0", 2),
+                                   std::string("fan"), std::string("\xFF\0\xFE\0", 4)}) {
     EXPECT_EQ(kqsupt::base64_decode(*kqsupt::base64_encode(bytes)).value_or("(failed)"), bytes);
   }
   EXPECT_EQ(kqsupt::base64_decode("ZmFuZm").value_or(""), "fan");
