@@ -1,7 +1,6 @@
 # The front door. Each target installs the Debian packages it needs, builds, and runs.
 
-.PHONY: all demo check check-i686 tsan coverage fuzz bench format
-.PHONY: docs
+.PHONY: all demo check check-i686 tsan coverage fuzz bench docs format install deb check-packages abi
 
 all:
 	@tools/build native
@@ -38,3 +37,19 @@ docs:
 format:
 	@tools/install-packages format
 	@git ls-files '*.h' '*.hpp' '*.c' '*.cpp' | xargs clang-format -i
+
+# PREFIX is where it is used, DESTDIR a directory that stands for / while it is installed.
+PREFIX ?= /usr/local
+install:
+	@tools/install '$(PREFIX)' '$(DESTDIR)'
+
+deb:
+	@tools/deb
+
+# Packages and installs in roots of their own: agents are built and run from what is installed alone.
+check-packages:
+	@tools/check-packages
+
+# What the library exports, beside what it is known to export.
+abi:
+	@tools/abi

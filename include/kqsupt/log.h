@@ -202,7 +202,8 @@ KQSUPT_API char* SMXGEscapeXMLUTF8Str(const char* text, uint32_t* size, uint32_t
  *
  * Any number of threads and processes may append at the same time: each event is whole. One that
  * cannot be written is not there at all, and the events before it are as they were. What a process
- * that was killed left of an event is taken away by the next one.
+ * that was killed left of an event is taken away by the next one, unless it had just begun an XML
+ * log and not come to the first event: nothing can be appended to that one.
  *
  * Texts are UTF-8. Paths are of any log; the files beside them are theirs alone. A directory that
  * is missing is made with the mode 0755, a file with 0664; one that is there keeps its bits for
@@ -301,8 +302,8 @@ KQSUPT_API SMStatus SMAppendToXMLLog(const char* pathFileName, uint16_t type, ui
  * @param[in] source the source of the event, of the lengths that SMAppendToLog takes. NULL is empty
  *   in the XML log, and the text log does not take it; borrowed for the call.
  * @retval SM_STATUS_SUCCESS the logs were cleared.
- * @retval SM_STATUS_UNSUCCESSFUL `logFlags` is 0, or `source` is one that the log does not take:
- *   nothing is deleted.
+ * @retval SM_STATUS_UNSUCCESSFUL `logFlags` is 0; or `source` is one that the log, which is there,
+ *   does not take: it is not deleted.
  * @retval 1 the system's own log is meant, which cannot be cleared here.
  * @retval 0xFFFFFFFF there is no such log, or it cannot be deleted; the category is unknown to the
  *   XML log; or the new log cannot be made, opened or locked.
@@ -324,7 +325,8 @@ KQSUPT_API SMStatus SMClearLog(uint32_t logFlags, uint16_t category, const char*
  * @param[in] source the source of the event, as for SMAppendToXMLLog: 1 to 511 bytes; NULL stands
  *   for an empty text; borrowed for the call.
  * @retval SM_STATUS_SUCCESS the log was cleared.
- * @retval SM_STATUS_UNSUCCESSFUL there is no path, or a text that the log does not take.
+ * @retval SM_STATUS_UNSUCCESSFUL there is no path; or the log is there, and a text is one that it
+ *   does not take: it is not deleted.
  * @retval 0xFFFFFFFF the category is unknown, or the log cannot be deleted, because there is none,
  *   too; or the new log cannot be made, opened or locked.
  * @retval SM_STATUS_OPERATION_FAILED another process made a log meanwhile that nothing can be
