@@ -7,7 +7,6 @@
 
 #include "gtest/gtest.h"
 #include "ipc_objects.h"
-#include "ipc_place.h"
 #include "lock_holders.h"
 #include "name_registry.h"
 
@@ -120,7 +119,6 @@ TEST(KqsupNameRegistry, BytesOfAnyKindAreRead) {
       text += alphabet[random() % alphabet.size()];
     }
     (void)parse_name_registry(text);
-    (void)variable_data_path(text, "k", "");
     (void)parse_system_objects(text, text);
     (void)LockTable(text);
   }
@@ -135,24 +133,6 @@ TEST(KqsupNameRegistry, KindsAreToldByWholeNames) {
   EXPECT_EQ(kind_of_name(kMemoryB.substr(0, 39)), NameKind::kUnknown);
   EXPECT_EQ(kind_of_name("kqsupshm0123456789abcdef0123456789ABCDEF"), NameKind::kUnknown);
   EXPECT_EQ(kind_of_name(""), NameKind::kUnknown);
-}
-
-TEST(KqsupInstallRegistry, TheFirstLineOfAKeyCountsWithoutBlanksAndSlash) {
-  const char* const text =
-      "; a comment\n#wexlib.vardatapath=/no\nwexlib.vardatapath =/no\n"
-      "\t wexlib.vardatapath= \t/var/w/ \nwexlib.vardatapath=/later\n";
-  EXPECT_EQ(variable_data_path(text, "wexlib", "/override"), "/var/w");
-}
-
-TEST(KqsupInstallRegistry, WithoutVariableDataItIsTheInstallPath) {
-  EXPECT_EQ(variable_data_path("nurb.installpath=/opt/n/\n", "nurb", ""), "/opt/n");
-  EXPECT_EQ(variable_data_path("nurb.installpath=/opt/n/\n", "nurb", "/else"), "/else");
-  EXPECT_EQ(variable_data_path("nurb.installpath=/opt/n/\n", "wexlib", ""), "");
-}
-
-TEST(KqsupInstallRegistry, AValueThatIsTooLongIsNone) {
-  const std::string line = "wexlib.vardatapath=/" + std::string(255, 'x') + "\n";
-  EXPECT_EQ(variable_data_path(line + "wexlib.installpath=/w\n", "wexlib", ""), "/w");
 }
 
 constexpr const char* kSets =

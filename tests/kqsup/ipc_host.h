@@ -13,7 +13,6 @@
 #include <tuple>
 
 #include "gtest/gtest.h"
-#include "ipc_place.h"
 #include "support/background.h"
 #include "support/program.h"
 #include "support/scratch.h"

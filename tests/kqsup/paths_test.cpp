@@ -27,7 +27,7 @@ class KqsupPaths : public testing::Test {
   [[nodiscard]] HostPaths paths(const std::string& registry,
                                 HostPaths::Environment environment = no_environment) const {
     tree_.write("etc/ybreg.cfg", registry);
-    return {Root(tree_.root()), environment};
+    return HostPaths(Root(tree_.root()), environment);
   }
   Tree tree_;
 };

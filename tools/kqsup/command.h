@@ -3,6 +3,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
+#include <string>
+
 namespace kqsup {
 
 // What the program ends with.
@@ -17,6 +20,12 @@ enum class Outcome : int {
 struct Run {
   bool as_json = false;  // --json, which may stand behind any command
   Outcome outcome = Outcome::kAllRight;
+
+  // Says why, to the standard error.
+  void could_not_look(const std::string& why) {
+    std::fprintf(stderr, "kqsup: %s\n", why.c_str());
+    tell(Outcome::kCouldNotLook);
+  }
 
   // The worst of what was told is what the program ends with.
   void tell(Outcome found) {

@@ -132,7 +132,7 @@ Finding check_registry(const Host& host) {
                "PRODUCT.installpath=DIRECTORY for each.");
   }
   if (!paths.why().empty()) {
-    return set(finding, Health::kWrong, paths.registry() + ": " + paths.why(),
+    return set(finding, Health::kWrong, paths.why(),
                "Make " + paths.registry() + " a text file that everybody may read.");
   }
   if (paths.all().empty()) {

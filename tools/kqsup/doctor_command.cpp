@@ -1,5 +1,4 @@
 // kqsup doctor: what on this host would break agents.
-#include <cstdlib>
 #include <ctime>
 #include <memory>
 
@@ -13,9 +12,7 @@ namespace {
 
 void list_findings(const std::string& root_directory, Run& run) {
   const Root root(root_directory);
-  const Host host{
-      root, HostPaths(root, [](const char* name) -> const char* { return std::getenv(name); }),
-      std::time(nullptr)};
+  const Host host{root, HostPaths(root), std::time(nullptr)};
   Listing listing({{"CHECK", "check"},
                    {"STATE", "state"},
                    {"FOUND", "found"},

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <optional>
 
 #include "looked_at.h"
@@ -96,6 +97,10 @@ std::optional<Found> overridden(std::string_view product, HostPaths::Environment
 
 }  // namespace
 
+const char* HostPaths::own_environment(const char* name) {
+  return std::getenv(name);
+}
+
 HostPaths::HostPaths(const Root& root, Environment environment) {
   LookedAt file;
   for (const std::string_view place : kPlaces) {
@@ -104,10 +109,10 @@ HostPaths::HostPaths(const Root& root, Environment environment) {
     }
   }
   if (registry_.empty()) {
-    why_ = "There is no install registry";
+    why_ = "there is no install registry, /etc/ybreg.cfg";
   } else {
     file = look_at(root.at(registry_), kLargestText);
-    why_ = file.goes_on ? "It is too large" : file.why;
+    why_ = file.goes_on ? "it is too large" : file.why;
   }
   for (const std::string_view product : kProducts) {
     auto install = overridden(product, environment);

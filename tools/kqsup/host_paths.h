@@ -43,12 +43,14 @@ class HostPaths {
 
   // What is wrong with the registry itself is told by the members below; the environment counts
   // without one too, but a process does not start then.
-  HostPaths(const Root& root, Environment environment);
+  explicit HostPaths(const Root& root = Root(), Environment environment = own_environment);
 
   // Where the registry lies, as the host names it; empty when there is none.
   [[nodiscard]] const std::string& registry() const { return registry_; }
-  // Why it could not be read; empty when it was.
-  [[nodiscard]] const std::string& why() const { return why_; }
+  // Why it could not be read, with its name; empty when it was.
+  [[nodiscard]] std::string why() const {
+    return registry_.empty() || why_.empty() ? why_ : registry_ + ": " + why_;
+  }
 
   // The paths that are known, by product and kind in the library's order.
   [[nodiscard]] const std::vector<HostPath>& all() const { return paths_; }
@@ -61,6 +63,8 @@ class HostPaths {
   [[nodiscard]] std::string variable_data() const;
 
  private:
+  static const char* own_environment(const char* name);
+
   std::string registry_;
   std::string why_;
   std::vector<HostPath> paths_;

@@ -24,7 +24,7 @@ void add_ipc_commands(CLI::App& app, Run& run) {
   list->footer("Example: kqsup ipc list --name 'example machine record' --json");
   list->callback([&run, name, asked] {
     if (asked->count() != 0 && name->empty()) {
-      return tell_could_not_look(run, "no object has an empty name");
+      return run.could_not_look("no object has an empty name");
     }
     list_ipc(run, *name);
   });

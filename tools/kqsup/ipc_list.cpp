@@ -7,7 +7,6 @@
 #include <set>
 
 #include "ipc_objects.h"
-#include "ipc_place.h"
 #include "lock_holders.h"
 #include "name_registry.h"
 
@@ -268,29 +267,24 @@ void tell_wrong(Run& run, const std::string& what) {
   run.tell(Outcome::kFoundWrong);
 }
 
-void tell_could_not_look(Run& run, const std::string& why) {
-  std::fprintf(stderr, "kqsup: %s\n", why.c_str());
-  run.tell(Outcome::kCouldNotLook);
-}
-
 void list_ipc(Run& run, const std::string& name) {
   std::string why;
   const auto directory = find_ipc_directory(&why);
   if (!directory.has_value()) {
-    return tell_could_not_look(run, why);
+    return run.could_not_look(why);
   }
   // The registry first: of what is made meanwhile it then knows nothing, and not the name alone.
   const RegistryFile file = read_name_registry(*directory);
   if (!file.was_read) {
-    return tell_could_not_look(run, file.why);
+    return run.could_not_look(file.why);
   }
   const auto objects = read_system_objects();
   if (!objects.has_value()) {
-    return tell_could_not_look(run, "the kernel does not tell its objects in /proc/sysvipc");
+    return run.could_not_look("the kernel does not tell its objects in /proc/sysvipc");
   }
   const auto lock_files = read_lock_files(*directory, &why);
   if (!lock_files.has_value()) {
-    return tell_could_not_look(run, *directory + ": " + why);
+    return run.could_not_look(*directory + ": " + why);
   }
   Rows rows(file.registry, *objects);
   rows.add_names();

@@ -1,5 +1,6 @@
 #include "ipc_objects.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/sem.h>
 #include <unistd.h>
@@ -12,7 +13,7 @@
 #include <map>
 #include <string>
 
-#include "file_snapshot.h"
+#include "looked_at.h"
 
 namespace kqsup {
 
@@ -78,10 +79,21 @@ std::optional<int> ask_set(int32_t set, int command) {
   return answer >= 0 ? std::optional(answer) : std::nullopt;
 }
 
+// One line of the kernel's, with as few calls as it takes: there may be a process for each object.
+std::string read_line(const std::string& path) {
+  char line[4096];
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const ssize_t count = file >= 0 ? read(file, line, sizeof line) : 0;
+  if (file >= 0) {
+    close(file);
+  }
+  return {line, static_cast<size_t>(count > 0 ? count : 0)};
+}
+
 // When a process started, in seconds of the clock as it goes now. The name of its program, which may
 // have any bytes, stands in brackets before the numbers.
 std::optional<int64_t> start_of(int32_t process) {
-  const std::string text = read_kernel_line("/proc/" + std::to_string(process) + "/stat");
+  const std::string text = read_line("/proc/" + std::to_string(process) + "/stat");
   const size_t bracket = text.rfind(')');
   if (bracket == std::string::npos) {
     return std::nullopt;
@@ -153,8 +165,8 @@ std::optional<SystemObjects> parse_system_objects(std::string_view sets,
 }
 
 std::optional<SystemObjects> read_system_objects() {
-  return parse_system_objects(read_kernel_file("/proc/sysvipc/sem"),
-                              read_kernel_file("/proc/sysvipc/shm"));
+  return parse_system_objects(look_at("/proc/sysvipc/sem", kLargestText).bytes,
+                              look_at("/proc/sysvipc/shm", kLargestText).bytes);
 }
 
 SemaphoreState look_at_semaphore(int32_t set) {

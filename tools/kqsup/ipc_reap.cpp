@@ -12,7 +12,6 @@
 
 #include "ipc_list.h"
 #include "ipc_objects.h"
-#include "ipc_place.h"
 #include "listing.h"
 #include "name_registry.h"
 
@@ -123,25 +122,24 @@ void reap_ipc(Run& run, bool do_it) {
   std::string why;
   const auto directory = find_ipc_directory(&why);
   if (!directory.has_value()) {
-    return tell_could_not_look(run, why);
+    return run.could_not_look(why);
   }
   const RegistryFile file = read_name_registry(*directory);
   const auto objects = read_system_objects();
   if (!file.was_read || !objects.has_value()) {
-    return tell_could_not_look(
-        run, !file.was_read ? file.why : "the kernel does not tell its objects in /proc/sysvipc");
+    return run.could_not_look(
+        !file.was_read ? file.why : "the kernel does not tell its objects in /proc/sysvipc");
   }
   if (access(directory->c_str(), F_OK) != 0) {
-    return tell_could_not_look(run, *directory + ": " + std::strerror(errno));
+    return run.could_not_look(*directory + ": " + std::strerror(errno));
   }
   // What a damaged registry says proves nothing, nor does one whose change may yet be taken back.
   if (!file.registry.damage.empty()) {
-    return tell_could_not_look(
-        run, registry_path(*directory) + " is damaged: " + file.registry.damage.front());
+    return run.could_not_look(registry_path(*directory) +
+                              " is damaged: " + file.registry.damage.front());
   }
   if (access(registry_backup_path(*directory).c_str(), F_OK) == 0) {
-    return tell_could_not_look(
-        run,
+    return run.could_not_look(
         "a change of the registry goes on, or was interrupted: try again; the next agent to "
         "use it mends it");
   }

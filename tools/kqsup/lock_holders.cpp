@@ -13,7 +13,7 @@
 #include <cstring>
 #include <memory>
 
-#include "file_snapshot.h"
+#include "looked_at.h"
 #include "name_registry.h"
 
 namespace kqsup {
@@ -147,7 +147,7 @@ std::optional<std::vector<LockFile>> read_lock_files(const std::string& director
     *why = std::strerror(errno);
     return std::nullopt;
   }
-  const LockTable table(read_kernel_file("/proc/locks"));
+  const LockTable table(look_at("/proc/locks", kLargestText).bytes);
   std::vector<LockFile> files;
   while (const dirent* entry = readdir(entries.stream)) {
     if (is_lock_file(entry->d_name)) {

@@ -4,9 +4,11 @@
 #include <charconv>
 #include <set>
 
-#include "file_snapshot.h"
-#include "ini_lines.h"
+#include "containers/md5.h"
+#include "host_paths.h"
+#include "ini_reader.h"
 #include "listing.h"
+#include "looked_at.h"
 
 namespace kqsup {
 
@@ -22,32 +24,16 @@ struct Entry {
 };
 using Sections = std::map<std::string_view, std::vector<Entry>>;
 
-// Of sections with one name the first one counts, and of its keys the first one of each name. What
-// is behind a header without its end is not there for anybody.
-Sections parse_sections(std::string_view content, std::vector<std::string>* damage) {
+Sections sections_of(const IniContent& content, std::vector<std::string>* damage) {
   Sections sections;
-  std::vector<Entry>* entries = nullptr;
-  std::set<std::string_view> keys;
-  IniLines lines(content);
-  for (std::string_view line; lines.next(&line);) {
-    if (line.starts_with('[')) {
-      const size_t end = line.find(']');
-      if (end == std::string_view::npos) {
-        damage->push_back("line " + std::to_string(lines.number()) +
-                          " is a section header without its \"]\"; nothing behind it is found");
-        break;
-      }
-      const auto [place, is_new] = sections.try_emplace(line.substr(1, end - 1));
-      entries = is_new ? &place->second : nullptr;
-      keys.clear();
-      continue;
+  for (const IniLine& line : content.lines) {
+    if (line.is_found && line.key.has_value()) {
+      sections[line.section].push_back({*line.key, line.value});
     }
-    const size_t sign = line.find('=');
-    if (lines.is_comment() || entries == nullptr || sign == std::string_view::npos ||
-        !keys.insert(line.substr(0, sign)).second) {
-      continue;
-    }
-    entries->push_back({line.substr(0, sign), line.substr(sign + 1)});
+  }
+  if (content.broken_header != 0) {
+    damage->push_back("line " + std::to_string(content.broken_header) +
+                      " is a section header without its \"]\"; nothing behind it is found");
   }
   return sections;
 }
@@ -125,9 +111,38 @@ uint32_t NameRegistry::highest_key() const {
   return names.empty() ? 0 : names.back().key;
 }
 
-NameRegistry parse_name_registry(std::string_view content) {
+std::optional<std::string> find_ipc_directory(std::string* why) {
+  const HostPaths paths;
+  if (!paths.why().empty()) {
+    *why = paths.why();
+    return std::nullopt;
+  }
+  const std::string path = paths.variable_data();
+  if (path.empty()) {
+    *why = paths.registry() + " has no variable-data path of wexlib or nurb";
+    return std::nullopt;
+  }
+  return path + "/.ipc";
+}
+
+std::string decorated_name(std::string_view prefix, const std::string& name) {
+  using namespace kqsupt::containers;
+  SMRFC1321Context context;
+  load_digest(&context);
+  add_message(&context, name.c_str(), static_cast<uint32_t>(name.size() + 1));
+  compute_digest(&context);
+  std::string text(prefix);
+  for (const uint8_t byte : context.digest) {
+    text += "0123456789ABCDEF"[byte >> 4];
+    text += "0123456789ABCDEF"[byte & 15];
+  }
+  return text;
+}
+
+NameRegistry parse_name_registry(std::string_view text) {
   NameRegistry registry;
-  const Sections sections = parse_sections(content, &registry.damage);
+  const IniContent content = read_ini(text);
+  const Sections sections = sections_of(content, &registry.damage);
   const auto entries_of = [&](std::string_view section) {
     const auto place = sections.find(section);
     return place != sections.end() ? place->second : std::vector<Entry>();
@@ -169,13 +184,8 @@ NameRegistry parse_name_registry(std::string_view content) {
 std::string registry_path(const std::string& ipc_directory) {
   return ipc_directory + "/.lxsuptIPCini";
 }
-// The library puts "bak" behind the last "." of the path, or behind what is left of a long one.
 std::string registry_backup_path(const std::string& ipc_directory) {
-  const std::string path = registry_path(ipc_directory);
-  constexpr size_t kLongPath = 251;
-  constexpr size_t kKeptOfLongPath = 252;
-  return path.size() >= kLongPath ? path.substr(0, kKeptOfLongPath) + "bak"
-                                  : path.substr(0, path.rfind('.')) + ".bak";
+  return ini_backup(registry_path(ipc_directory));
 }
 
 // A replacement renames the old file away, the new one to its place, and takes the old one away. So
@@ -185,12 +195,12 @@ RegistryFile read_name_registry(const std::string& ipc_directory) {
   constexpr int kTries = 16;
   for (int tries = 0; tries < kTries; ++tries) {
     for (const std::string& place : places) {
-      const FileSnapshot file = read_file(place);
-      if (file.result == FileSnapshot::Result::kRead) {
-        return {true, parse_name_registry(file.content), {}};
+      const LookedAt file = look_at(place, kLargestText);
+      if (file.ok() && !file.goes_on) {
+        return {true, parse_name_registry(file.bytes), {}};
       }
-      if (file.result == FileSnapshot::Result::kUnreadable) {
-        return {false, {}, place + ": " + file.why};
+      if (!file.is_missing) {
+        return {false, {}, place + ": " + (file.goes_on ? "It is too large" : file.why)};
       }
     }
   }

@@ -53,6 +53,14 @@ struct RegistryFile {
   std::string why;        // it was not read
 };
 
+// The IPC directory that the install registry gives; none, and why, when there is no install
+// registry or it names none. Whether the directory is there is not looked at.
+[[nodiscard]] std::optional<std::string> find_ipc_directory(std::string* why);
+
+// The name of an object as it is registered: what stands for its kind, and the digest of the name
+// that its users give it.
+[[nodiscard]] std::string decorated_name(std::string_view prefix, const std::string& name);
+
 // As it was at one moment, also while somebody replaces it. Takes no lock.
 [[nodiscard]] RegistryFile read_name_registry(const std::string& ipc_directory);
 

@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 #include "command.h"
@@ -26,10 +25,9 @@ const char* state_of(const std::string& path) {
 
 void list_paths(const std::string& root_directory, Run& run) {
   const Root root(root_directory);
-  const HostPaths paths(root, [](const char* name) -> const char* { return std::getenv(name); });
+  const HostPaths paths(root);
   if (!paths.why().empty()) {
-    std::fprintf(stderr, "kqsup: %s%s%s\n", paths.registry().c_str(),
-                 paths.registry().empty() ? "" : ": ", paths.why().c_str());
+    std::fprintf(stderr, "kqsup: %s\n", paths.why().c_str());
     run.tell(paths.registry().empty() ? Outcome::kFoundWrong : Outcome::kCouldNotLook);
   }
   Listing listing({{"PRODUCT", "product"},
