@@ -193,7 +193,7 @@ KQSUPT_API char* SMGetLocalizedPathFileName(const char* baseDirectory, const cha
 /** Makes a directory with the mode 0755, less the process's umask. Its parent must be there.
  *
  * @param[in] path the path of the directory. Not NULL; borrowed for the call.
- * @retval SM_STATUS_SUCCESS the directory was made, or exists.
+ * @retval SM_STATUS_SUCCESS the directory was made, or something with that path exists already.
  * @retval 0xFFFFFFFF `path` is NULL, or the system refuses. */
 KQSUPT_API SMStatus SMMkDir(const char* path);
 
@@ -227,7 +227,8 @@ KQSUPT_API SMStatus SMGetSizeOfFile(const char* path, uint32_t* size);
  *
  * @param[in] directory the path of the directory. Not NULL; borrowed for the call.
  * @param[out] buffer the room for the name; NULL to ask for its size; stays the caller's.
- * @param[in,out] size the room at `buffer` in bytes; receives 9. Not NULL; stays the caller's.
+ * @param[in,out] size the room at `buffer` in bytes; receives 9 with SM_STATUS_SUCCESS and with
+ *   SM_STATUS_BUFFER_TOO_SMALL. Not NULL; stays the caller's.
  * @retval SM_STATUS_SUCCESS the name was written.
  * @retval SM_STATUS_INVALID_PARAMETER `directory` or `size` is NULL.
  * @retval SM_STATUS_BUFFER_TOO_SMALL `buffer` is NULL, or `*size` less than 9, which it receives.
@@ -298,17 +299,21 @@ enum {
  * `key` NULL the list of the section's keys: terminated names with an empty one at the end. Of a
  * list that is too long for the buffer the names that fit are copied.
  *
- * UCS-2 text: the same. Values of other types need their size at least, which `*size` keeps. Lists
- * there are of text only: for every other type `section` and `key` must be given. Numbers are read
+ * UCS-2 text: the same, but for the default. Values of other types need their size at least, which
+ * `*size` keeps. Lists there are of text only: for every other type `section` and `key` must be
+ * given. Numbers are read
  * as far as they go, and saturate; text that does not begin with one is 0. A boolean is "TRUE" or
- * "FALSE" in any case of letters, up to the first space.
+ * "FALSE" in any case of letters, up to the first space behind leading ones.
  *
  * `defaultValue` and `defaultSize`, when neither is 0, give what the buffer receives when the value
  * cannot be had; the status tells that it could not. Text: at most `*size` bytes of it, the last of
  * them 0, and `*size` receives their number; without a default the text is empty and `*size` 0.
  * This is so for a section or key that is not found and for a malformed header; after any other
- * failure the buffer is as it was, and for lists no default is used. Other types: whatever failed
- * but an argument, when the default has the size of the type at least; else `*size` receives 0.
+ * failure the buffer is as it was, and for lists no default is used. UCS-2 text: whatever failed but
+ * an argument or the room for the value, as many bytes of the default as fit, of which the last need
+ * be no terminator, and `*size` receives their number; without a default the buffer is as it was and
+ * `*size` 0. Other types: whatever failed but an argument, when the default has the size of the type
+ * at least; else `*size` receives 0.
  *
  * @param[in] section the section; NULL for the list of all sections; borrowed for the call.
  * @param[in] key the key; NULL for the list of the section's keys; borrowed for the call.
@@ -369,8 +374,8 @@ KQSUPT_API SMStatus SMReadINIPathFileValue(const char* section, const char* key,
  * @retval SM_STATUS_SUCCESS the value was written, or the key or the section is taken out.
  * @retval SM_STATUS_UNSUCCESSFUL no section, no path or one that ends in "/", a name of more than
  *   255 bytes, an unknown type, no key for a type that is not text, or the file cannot be read.
- * @retval SM_STATUS_BAD_LENGTH `valueSize` is not what the type asks for, or what is to be taken
- *   out is in a section that is not there.
+ * @retval SM_STATUS_BAD_LENGTH `valueSize` is not what the type asks for, a value that is no
+ *   text is NULL, or what is to be taken out is in a section that is not there.
  * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened.
  * @retval SM_STATUS_END_OF_FILE a header without "]" comes before the section.
  * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made, or the file not be added to.
@@ -444,8 +449,8 @@ KQSUPT_API SMStatus SMReadINIFileValue(const char* section, const char* key, uin
  * @retval SM_STATUS_UNSUCCESSFUL no section, no `fileName` or one that ends in "/", a name of more
  *   than 255 bytes, an unknown type, no key for a type that is not text, or the file cannot be
  *   read.
- * @retval SM_STATUS_BAD_LENGTH `valueSize` is not what the type asks for, or what is to be taken
- *   out is in a section that is not there.
+ * @retval SM_STATUS_BAD_LENGTH `valueSize` is not what the type asks for, a value that is no
+ *   text is NULL, or what is to be taken out is in a section that is not there.
  * @retval SM_STATUS_FILE_OPEN_FAILED the file cannot be opened.
  * @retval SM_STATUS_END_OF_FILE a header without "]" comes before the section.
  * @retval SM_STATUS_FILE_NOT_FOUND the new file cannot be made, or the file not be added to.
@@ -545,8 +550,8 @@ KQSUPT_API uint32_t SMReadINIEnums32Value(const char* section, const char* key,
  * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started.
  * @retval SM_STATUS_BUFFER_TOO_SMALL the value or the list does not fit into `*size` bytes.
  * @retval SM_STATUS_VALUE_TOO_LARGE the number is above an 8- or 16-bit type.
- * @retval SM_STATUS_VALUE_TOO_SMALL the number is below an 8- or 16-bit type.
- * @retval 1 a 64-bit integer in a notation that it is not read in.
+ * @retval SM_STATUS_VALUE_TOO_SMALL the number is below a signed 8- or 16-bit type.
+ * @retval 1 a signed 64-bit integer in octal or hexadecimal, or an unsigned one in octal.
  * @retval SM_STATUS_OPERATION_FAILED the text for a UCS-2 value is not UTF-8.
  * @retval 17 an address, while the library is being stopped.
  * @retval SM_STATUS_TIMEOUT the file is locked by somebody else, and `lockWait` is not 1.
@@ -617,11 +622,11 @@ KQSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t* lang
                                                const char* pathFileName, char* buffer,
                                                uint32_t* size);
 
-/** As SMGetUTF8StrFromIDPathFile from the library's own file, kqsdst32.ini in the directory for INI
- * files of the family, as UCS-2. IDs from BaseID to BaseID + oemRange are first counted on by
- * offset: numbers that the section "OEM Configuration" of kqisdy32.ini there may give, else 2304,
- * 32 and 0. They are read once for the process, at the first call that has the memory and finds the
- * directory, and again after a BaseID of 0.
+/** As SMGetUTF8StrFromIDPathFile from the library's own file, kqsdst32.ini in the directory "ini" in
+ * the path for INI files of the product Quillance, as UCS-2. IDs from BaseID to BaseID + oemRange
+ * are first counted on by offset: numbers that the section "OEM Configuration" of kqisdy32.ini there
+ * may give, else 2304, 32 and 0. They are read once for the process, at the first call that has the
+ * memory and finds the directory, and again after a BaseID of 0.
  *
  * @param[in] stringID the number of the text.
  * @param[in,out] languageID the language; becomes 0 when the text is the one of US English, also

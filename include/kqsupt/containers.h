@@ -537,9 +537,11 @@ KQSUPT_API uint32_t SMFindNextHashID(const void* table, uint32_t bytes, uint32_t
 
 /** @} */
 
-/** @defgroup crc32 CRC-32 The checksum of ISO-HDLC and zip files: reflected, polynomial 0xEDB88320;
- *     the ASCII digits "123456789" give 0xCBF43926 and no bytes at all give 0. Lengths are in
- *     bytes. Pointers must not be NULL, except for data of length 0.
+/** @defgroup crc32 CRC-32
+ *
+ * The checksum of ISO-HDLC and zip files: reflected, polynomial 0xEDB88320; the ASCII digits
+ * "123456789" give 0xCBF43926 and no bytes at all give 0. Lengths are in bytes. Pointers must not
+ * be NULL, except for data of length 0.
  * @{ */
 
 /** Computes the CRC-32 of bytes.
@@ -571,10 +573,12 @@ KQSUPT_API uint32_t SMGenerateCRC32(const void* data, uint32_t dataLength, int32
 
 /** @} */
 
-/** @defgroup md5 MD5 message digest The algorithm of RFC 1321 with the words of the message, its
- *     length (high word first) and the digest in the byte order of the host. Digests therefore
- *     differ between hosts of different byte order, and from those of other implementations:
- *     compare them only with digests made by this library on the same kind of host.
+/** @defgroup md5 MD5 message digest
+ *
+ * The algorithm of RFC 1321 with the words of the message, its length (high word first) and the
+ * digest in the byte order of the host. Digests therefore differ between hosts of different byte
+ * order, and from those of other implementations: compare them only with digests made by this
+ * library on the same kind of host.
  *
  *     SMRFC1321Context context;
  *     SMRFC1321Load(&context);

@@ -68,8 +68,8 @@ typedef struct SMMutex SMMutex;
  * @param[in] name the name, in UTF-8, of at least one byte; NULL for a mutex without one; borrowed
  *   for the call.
  * @return The handle, which the caller releases with SMMutexDestroy; NULL when memory is short, the
- *   name is empty, the lock file can be opened neither for writing nor for reading, or its path has
- *   more than 255 bytes. */
+ *   name is empty, the lock file can be opened neither for writing nor for reading, its path has
+ *   more than 255 bytes, or the library has not started and a name is given. */
 KQSUPT_API SMMutex* SMMutexCreate(const char* name);
 
 /** As SMMutexCreate, with a permission.
@@ -79,8 +79,8 @@ KQSUPT_API SMMutex* SMMutexCreate(const char* name);
  * @param[in] permission who may use a new object: -1 stands for 0664 and 0 for 0600; any other
  *   value is a sum of SM_PERMISSION_ bits.
  * @return The handle, which the caller releases with SMMutexDestroy; NULL when memory is short, the
- *   name is empty, the lock file can be opened neither for writing nor for reading, or its path has
- *   more than 255 bytes. */
+ *   name is empty, the lock file can be opened neither for writing nor for reading, its path has
+ *   more than 255 bytes, or the library has not started and a name is given. */
 KQSUPT_API SMMutex* SMMutexCreate_s(const char* name, int32_t permission);
 
 /** Makes a handle on the mutex of that name.
@@ -88,10 +88,12 @@ KQSUPT_API SMMutex* SMMutexCreate_s(const char* name, int32_t permission);
  * @param[in] name the name, in UTF-8. NULL is answered with NULL; borrowed for the call.
  * @return The handle, which the caller releases with SMMutexDestroy; NULL when `name` is NULL or
  *   empty, nobody has created the mutex yet, memory is short, the lock file can be opened neither
- *   for writing nor for reading, or its path has more than 255 bytes. */
+ *   for writing nor for reading, its path has more than 255 bytes, or the library has not
+ *   started. */
 KQSUPT_API SMMutex* SMMutexOpen(const char* name);
 
-/** Takes the mutex. A wait is over after a quarter of its time, or a little later.
+/** Takes the mutex. A wait is over after a quarter of its time, with a name after half of it at
+ * the latest, or a little later.
  *
  * @param[in] mutex the handle. Not NULL; borrowed for the call.
  * @param[in] timeout in milliseconds; -1 waits without limit and 0 tries once. Any other negative
@@ -99,7 +101,7 @@ KQSUPT_API SMMutex* SMMutexOpen(const char* name);
  * @retval SM_STATUS_SUCCESS the calling thread holds the mutex.
  * @retval SM_STATUS_INVALID_PARAMETER `mutex` is NULL.
  * @retval SM_STATUS_OPERATION_FAILED it is a handle of another kind.
- * @retval SM_STATUS_TIMEOUT somebody else held it to the end of `timeout`.
+ * @retval SM_STATUS_TIMEOUT somebody else held it for as long as that.
  * @retval 0xFFFFFFFF the system refuses. */
 KQSUPT_API SMStatus SMMutexLock(SMMutex* mutex, int32_t timeout);
 

@@ -253,7 +253,8 @@ enum {
  * @retval SM_STATUS_OUT_OF_SPACE the XML log takes no more.
  * @retval 0xFFFFFFFF for the XML log: the category is unknown, memory is short, or the directory or
  *   the file cannot be made, opened or locked.
- * @retval SM_STATUS_NO_MEMORY memory is too short for the path of a log or the lock of the XML log.
+ * @retval SM_STATUS_NO_MEMORY memory is too short for the path of a log, or for the lock of the XML
+ *   log or what stands behind its end; or the library has not started.
  * @retval SM_STATUS_ACCESS_DENIED the XML log may not be locked by this process.
  * @retval SM_STATUS_DATA_NOT_FOUND the directory of logs is not known. */
 KQSUPT_API SMStatus SMAppendToLog(uint32_t logFlags, uint16_t type, uint16_t category,
@@ -285,8 +286,8 @@ KQSUPT_API SMStatus SMAppendToLog(uint32_t logFlags, uint16_t type, uint16_t cat
  * @retval SM_STATUS_OUT_OF_SPACE the file takes no more.
  * @retval 0xFFFFFFFF the category is unknown, memory is short, or the directory or the file cannot
  *   be made, opened or locked.
- * @retval SM_STATUS_NO_MEMORY memory is too short for the lock of the file, or the library has not
- *   started.
+ * @retval SM_STATUS_NO_MEMORY memory is too short for the lock of the file or for what stands behind
+ *   its end, or the library has not started.
  * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process. */
 KQSUPT_API SMStatus SMAppendToXMLLog(const char* pathFileName, uint16_t type, uint16_t category,
                                      uint32_t eventID, const char* userInfo, const char* source,
@@ -311,7 +312,7 @@ KQSUPT_API SMStatus SMAppendToXMLLog(const char* pathFileName, uint16_t type, ui
  *   directory of logs does not exist now; or another process made an XML log meanwhile that nothing
  *   can be appended to.
  * @retval SM_STATUS_OUT_OF_SPACE the new log takes no event.
- * @retval SM_STATUS_NO_MEMORY memory is short.
+ * @retval SM_STATUS_NO_MEMORY memory is short, or the library has not started.
  * @retval SM_STATUS_ACCESS_DENIED the log may not be locked by this process.
  * @retval SM_STATUS_DATA_NOT_FOUND the directory of logs is not known. */
 KQSUPT_API SMStatus SMClearLog(uint32_t logFlags, uint16_t category, const char* source);

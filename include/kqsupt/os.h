@@ -262,7 +262,7 @@ KQSUPT_API void* SMFLibLinkToExportFN(const char* user, const char* path, const 
  * @param[in] path the path of the library. Not NULL; borrowed for the call.
  * @retval SM_STATUS_SUCCESS the use has ended, also when no such library is loaded.
  * @retval SM_STATUS_INVALID_PARAMETER `user` or `path` is NULL.
- * @retval 0xFFFFFFFF the user is known and cannot be struck off. */
+ * @retval 0xFFFFFFFF never; callers may test for it. */
 KQSUPT_API SMStatus SMFLibUnLoad(const char* user, const char* path);
 
 /** @} */
@@ -300,7 +300,8 @@ KQSUPT_API char* SMEnvDup(const char* name, uint32_t* size);
  * @retval SM_STATUS_FILE_NOT_FOUND the source cannot be opened.
  * @retval 9 the source cannot be examined.
  * @retval SM_STATUS_OUT_OF_SPACE there is no room to create or write the destination.
- * @retval SM_STATUS_NO_MEMORY the buffer of 8192 bytes cannot be had: nothing is written.
+ * @retval SM_STATUS_NO_MEMORY the buffer of 8192 bytes cannot be had: nothing is written, but a
+ *   destination that was not there has been made, empty.
  * @retval 0xFFFFFFFF everything else, such as a source or a destination that is a directory, or a
  *   copy of a file onto itself, by whatever names, which leaves the file as it is. */
 KQSUPT_API SMStatus SMFileCopy(const char* source, const char* destination, uint32_t overwrite);
@@ -317,7 +318,8 @@ KQSUPT_API SMStatus SMFileCopy(const char* source, const char* destination, uint
  * @retval SM_STATUS_FILE_NOT_FOUND the source cannot be opened.
  * @retval 9 the source cannot be examined.
  * @retval SM_STATUS_OUT_OF_SPACE there is no room to create or write the destination.
- * @retval SM_STATUS_NO_MEMORY the buffer of 8192 bytes cannot be had: nothing is written.
+ * @retval SM_STATUS_NO_MEMORY the buffer of 8192 bytes cannot be had: nothing is written, but a
+ *   destination that was not there has been made, empty.
  * @retval 0xFFFFFFFF everything else, such as a source or a destination that is a directory, or a
  *   copy of a file onto itself, by whatever names, which leaves the file as it is. */
 KQSUPT_API SMStatus SMFileCopyAndSync(const char* source, const char* destination,
@@ -336,7 +338,8 @@ KQSUPT_API SMStatus SMFileCopyAndSync(const char* source, const char* destinatio
  *   shall not be created.
  * @retval 9 the source cannot be examined.
  * @retval SM_STATUS_OUT_OF_SPACE there is no room to create or write the destination.
- * @retval SM_STATUS_NO_MEMORY the buffer of 8192 bytes cannot be had: nothing is written.
+ * @retval SM_STATUS_NO_MEMORY the buffer of 8192 bytes cannot be had: nothing is written, but a
+ *   destination that was not there has been made, empty.
  * @retval 0xFFFFFFFF everything else, such as a source or a destination that is a directory, or an
  *   append of a file to itself, by whatever names, unless it is empty, which leaves the file as it
  *   is. */
@@ -354,7 +357,8 @@ KQSUPT_API SMStatus SMFileAppend(const char* source, const char* destination, ui
  *   shall not be created.
  * @retval 9 the source cannot be examined.
  * @retval SM_STATUS_OUT_OF_SPACE there is no room to create or write the destination.
- * @retval SM_STATUS_NO_MEMORY the buffer of 8192 bytes cannot be had: nothing is written.
+ * @retval SM_STATUS_NO_MEMORY the buffer of 8192 bytes cannot be had: nothing is written, but a
+ *   destination that was not there has been made, empty.
  * @retval 0xFFFFFFFF everything else, such as a source or a destination that is a directory, or an
  *   append of a file to itself, by whatever names, unless it is empty, which leaves the file as it
  *   is. */

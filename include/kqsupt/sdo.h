@@ -230,8 +230,8 @@ KQSUPT_API SMStatus SMSDOConfigArrayToBinaryArray(SMSDOConfig* const* configs, u
  * @param[in,out] count the caller's; the room at `configsOut` in pointers, and receives the number
  *     of elements, also with SM_STATUS_BUFFER_TOO_SMALL; with 0 that is the way to ask for it.
  * @retval SM_STATUS_SUCCESS the records were rebuilt.
- * @retval SM_STATUS_INVALID_PARAMETER `array` or `count` NULL, or there is room and `configsOut` is
- *     NULL.
+ * @retval SM_STATUS_INVALID_PARAMETER `array` or `count` NULL, or there are elements and room for
+ *     them, and `configsOut` is NULL.
  * @retval SM_STATUS_OPERATION_FAILED not an array block, or an element is not a record.
  * @retval SM_STATUS_BUFFER_TOO_SMALL `*count` is below the number of elements.
  * @retval 0xFFFFFFFF an element could not be rebuilt. */
@@ -309,8 +309,8 @@ KQSUPT_API SMStatus SMSDOBinaryGetDataByIndex(const void* binary, uint32_t index
  * @param[in] size the size of the value.
  * @retval SM_STATUS_SUCCESS the value was changed.
  * @retval SM_STATUS_INVALID_PARAMETER `binary`, `capacity` or `data` NULL, `type` or `size` 0, ID
- *     not valid, or not a record; or the new value is a block without a record's signature or
- *     larger than `size`.
+ *     not valid, or not a record; or the new value is a block with neither a record's nor an
+ *     array's signature or larger than `size`.
  * @retval SM_STATUS_BUFFER_TOO_SMALL `*capacity` below 16; or below the size that the block would
  *     have, which it receives; or the block cannot be rebuilt, for lack of memory, say.
  * @retval SM_STATUS_DATA_NOT_FOUND no entry has both the ID and the type.

@@ -403,8 +403,9 @@ KQSUPT_API ustring* SMSSUCS2StrNCatUTF8Str(SMSSUCS2Str* string, const char* text
  * @return The content, which belongs to the record; NULL when it has no buffer. */
 KQSUPT_API char* SMSSUTF8StrCatUCS2Str(SMSSUTF8Str* string, const ustring* text);
 
-/** Converts the whole of a UCS-2 text into `n` bytes and appends them. So it takes plain ASCII
- * only, and nothing is appended of any other text or when `n` is less than its length.
+/** Converts the whole of a UCS-2 text into `n` bytes and appends them. A shorter result is followed
+ * by zeros, which the length counts; nothing is appended when the text takes more than `n` bytes.
+ * With `n` 0 that is so of all but plain ASCII.
  * @param[in,out] string the record, which stays the caller's.
  * @param[in] text the text, borrowed for the call; with NULL nothing happens.
  * @param[in] n how many bytes; 0 stands for as many as the text has units.
@@ -558,9 +559,10 @@ enum {
  * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is less than the value needs.
  * @retval SM_STATUS_VALUE_TOO_LARGE above the maximum of an 8- or 16-bit type; the wider ones
  *     saturate.
- * @retval SM_STATUS_VALUE_TOO_SMALL below the minimum of an 8- or 16-bit type; the wider ones
- *     saturate.
- * @retval 1 a 64-bit integer in a format that it is not read in.
+ * @retval SM_STATUS_VALUE_TOO_SMALL below the minimum of a signed 8- or 16-bit type; the wider signed
+ *     ones saturate. A negative number for an unsigned type of up to 32 bits is first taken modulo
+ *     2^32, and for one of 64 bits it is 0.
+ * @retval 1 a signed 64-bit integer in octal or hexadecimal, or an unsigned one in octal.
  * @retval SM_STATUS_OPERATION_FAILED a text that does not become UCS-2.
  * @retval SM_STATUS_NO_MEMORY memory is short while an address is read.
  * @retval 17 an address, and the library has not started.
@@ -656,8 +658,8 @@ KQSUPT_API char* SMNVPGetUTF8ParamValueByUTF8Name(int32_t count, char* const* pa
  * @retval SM_STATUS_UNSUCCESSFUL a type that cannot be read, or bytes in another format.
  * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is less than the value needs.
  * @retval SM_STATUS_VALUE_TOO_LARGE above the maximum of an 8- or 16-bit type.
- * @retval SM_STATUS_VALUE_TOO_SMALL below the minimum of an 8- or 16-bit type.
- * @retval 1 a 64-bit integer in a format that it is not read in.
+ * @retval SM_STATUS_VALUE_TOO_SMALL below the minimum of a signed 8- or 16-bit type.
+ * @retval 1 a signed 64-bit integer in octal or hexadecimal, or an unsigned one in octal.
  * @retval SM_STATUS_OPERATION_FAILED a text that does not become UCS-2.
  * @retval SM_STATUS_NO_MEMORY memory is short while an address is read.
  * @retval 17 an address, and the library has not started.
