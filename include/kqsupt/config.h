@@ -309,11 +309,11 @@ enum {
  * cannot be had; the status tells that it could not. Text: at most `*size` bytes of it, the last of
  * them 0, and `*size` receives their number; without a default the text is empty and `*size` 0.
  * This is so for a section or key that is not found and for a malformed header; after any other
- * failure the buffer is as it was, and for lists no default is used. UCS-2 text: whatever failed but
- * an argument or the room for the value, as many bytes of the default as fit, of which the last need
- * be no terminator, and `*size` receives their number; without a default the buffer is as it was and
- * `*size` 0. Other types: whatever failed but an argument, when the default has the size of the type
- * at least; else `*size` receives 0.
+ * failure the buffer is as it was, and for lists no default is used. UCS-2 text: whatever failed
+ * but an argument or the room for the value, as many bytes of the default as fit, of which the last
+ * need be no terminator, and `*size` receives their number; without a default the buffer is as it
+ * was and `*size` 0. Other types: whatever failed but an argument, when the default has the size of
+ * the type at least; else `*size` receives 0.
  *
  * @param[in] section the section; NULL for the list of all sections; borrowed for the call.
  * @param[in] key the key; NULL for the list of the section's keys; borrowed for the call.
@@ -624,9 +624,9 @@ KQSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t* lang
 
 /** As SMGetUTF8StrFromIDPathFile from the library's own file, kqsdst32.ini in the directory "ini" in
  * the path for INI files of the product Quillance, as UCS-2. IDs from BaseID to BaseID + oemRange
- * are first counted on by offset: numbers that the section "OEM Configuration" of kqisdy32.ini there
- * may give, else 2304, 32 and 0. They are read once for the process, at the first call that has the
- * memory and finds the directory, and again after a BaseID of 0.
+ * are first counted on by offset: numbers that the section "OEM Configuration" of kqisdy32.ini
+ * there may give, else 2304, 32 and 0. They are read once for the process, at the first call that
+ * has the memory and finds the directory, and again after a BaseID of 0.
  *
  * @param[in] stringID the number of the text.
  * @param[in,out] languageID the language; becomes 0 when the text is the one of US English, also

@@ -286,8 +286,8 @@ KQSUPT_API SMStatus SMAppendToLog(uint32_t logFlags, uint16_t type, uint16_t cat
  * @retval SM_STATUS_OUT_OF_SPACE the file takes no more.
  * @retval 0xFFFFFFFF the category is unknown, memory is short, or the directory or the file cannot
  *   be made, opened or locked.
- * @retval SM_STATUS_NO_MEMORY memory is too short for the lock of the file or for what stands behind
- *   its end, or the library has not started.
+ * @retval SM_STATUS_NO_MEMORY memory is too short for the lock of the file or for what stands
+ *   behind its end, or the library has not started.
  * @retval SM_STATUS_ACCESS_DENIED the file may not be locked by this process. */
 KQSUPT_API SMStatus SMAppendToXMLLog(const char* pathFileName, uint16_t type, uint16_t category,
                                      uint32_t eventID, const char* userInfo, const char* source,

@@ -559,9 +559,9 @@ enum {
  * @retval SM_STATUS_BUFFER_TOO_SMALL `*size` is less than the value needs.
  * @retval SM_STATUS_VALUE_TOO_LARGE above the maximum of an 8- or 16-bit type; the wider ones
  *     saturate.
- * @retval SM_STATUS_VALUE_TOO_SMALL below the minimum of a signed 8- or 16-bit type; the wider signed
- *     ones saturate. A negative number for an unsigned type of up to 32 bits is first taken modulo
- *     2^32, and for one of 64 bits it is 0.
+ * @retval SM_STATUS_VALUE_TOO_SMALL below the minimum of a signed 8- or 16-bit type; the wider
+ *     signed ones saturate. A negative number for an unsigned type of up to 32 bits is first taken
+ *     modulo 2^32, and for one of 64 bits it is 0.
  * @retval 1 a signed 64-bit integer in octal or hexadecimal, or an unsigned one in octal.
  * @retval SM_STATUS_OPERATION_FAILED a text that does not become UCS-2.
  * @retval SM_STATUS_NO_MEMORY memory is short while an address is read.
