@@ -34,6 +34,7 @@ class KqsupDoctor : public testing::Test {
     tree_.write("proc/sys/kernel/shmmni", "4096\n");
     tree_.write("proc/sys/kernel/shmmax", "18446744073692774399\n");
     tree_.write("proc/sys/kernel/msgmni", "32000\n");
+    tree_.write("proc/sys/kernel/shmall", "18446744073692774399\n");
     tree_.write("proc/sys/fs/protected_regular", "2\n");
     tree_.write("proc/sysvipc/sem", kSemTitles);
     tree_.write("proc/sysvipc/shm", kShmTitles);
@@ -68,7 +69,7 @@ TEST_F(KqsupDoctor, FindsNothingWhereAllIsWell) {
     EXPECT_NE(finding.why, "");
     EXPECT_EQ(finding.to_do, "");
   }
-  EXPECT_EQ(examine(host()).size(), 12U);
+  EXPECT_EQ(examine(host()).size(), 13U);
 }
 
 TEST_F(KqsupDoctor, SaysWhatToDoOnAHostThatHasNothing) {
@@ -141,11 +142,29 @@ TEST_F(KqsupDoctor, CountsWhatTheLimitsLeave) {
   EXPECT_EQ(check_limits(host())[2].health, Health::kWrong);
 }
 
+TEST_F(KqsupDoctor, CountsThePagesOfAllSegments) {
+  const auto page = static_cast<unsigned long long>(sysconf(_SC_PAGESIZE));
+  tree_.write("proc/sys/kernel/shmall", "4\n");
+  const auto segment = [&](unsigned long long size) {
+    return "300001 0 664 " + std::to_string(size) + " 1 1 0 0 0 0 0\n";
+  };
+  tree_.write("proc/sysvipc/shm", kShmTitles + segment(1) + segment(page));
+  EXPECT_EQ(check_limits(host())[4].found, "2 of 4 pages");
+  EXPECT_EQ(check_limits(host())[4].health, Health::kOk);
+  tree_.write("proc/sysvipc/shm", kShmTitles + segment(1) + segment(2 * page + 1));
+  EXPECT_EQ(check_limits(host())[4].health, Health::kWrong);
+}
+
+TEST_F(KqsupDoctor, WarnsOfMessageQueuesAtTheMost) {
+  tree_.write("proc/sys/kernel/msgmni", "0\n");
+  EXPECT_EQ(check_limits(host())[3].health, Health::kWarning);
+}
+
 TEST_F(KqsupDoctor, WantsSegmentsThatARecordFitsInto) {
   tree_.write("proc/sys/kernel/shmmax", "65535\n");
-  EXPECT_EQ(check_limits(host())[4].health, Health::kWrong);
+  EXPECT_EQ(check_limits(host())[5].health, Health::kWrong);
   tree_.write("proc/sys/kernel/shmmax", "65536\n");
-  EXPECT_EQ(check_limits(host())[4].health, Health::kWarning);
+  EXPECT_EQ(check_limits(host())[5].health, Health::kWarning);
 }
 
 TEST_F(KqsupDoctor, WarnsOfLimitsThatCannotBeRead) {
@@ -282,7 +301,7 @@ TEST_F(KqsupDoctor, EndsWithOneWhenSomethingIsWrongAndChangesNothing) {
   auto before = tree_.state();
   Outcome outcome = run(command);
   EXPECT_EQ(outcome.exit_status, 0) << outcome.out;
-  EXPECT_EQ(ordered_json::parse(outcome.out).size(), 12U);
+  EXPECT_EQ(ordered_json::parse(outcome.out).size(), 13U);
   EXPECT_EQ(tree_.state(), before);
 
   std::filesystem::remove(tree_.at("opt/wexlib/var/.ipc"));

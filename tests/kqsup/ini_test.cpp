@@ -203,4 +203,27 @@ TEST_F(KqsupIniCommand, TellsHowItIsUsed) {
   }
 }
 
+TEST(KqsupIni, ASectionOfManyKeysTakesMemoryInProportionToTheFile) {
+  std::string content = "[" + std::string(8000, 's') + "]\n";
+  for (int i = 0; i < 100000; ++i) {
+    content += "k=\n";
+  }
+  const IniContent ini = read_ini(content);
+  ASSERT_EQ(ini.lines.size(), 100000U);
+  EXPECT_EQ(ini.lines.front().section->data(), ini.lines.back().section->data());
+}
+
+TEST(KqsupIni, ANameThatIsTooLongIsNotWritten) {
+  const Tree tree;
+  tree.write("a.ini", "");
+  const std::string name(256, 'n');
+  for (const auto& [section, key] : {std::pair(name, "k"s), std::pair("s"s, name)}) {
+    const Outcome outcome =
+        run({built_program("kqsup"), "ini", "set", tree.at("a.ini"), section, key, "v"});
+    EXPECT_EQ(outcome.exit_status, 2);
+    EXPECT_NE(outcome.err.find("255"), std::string::npos) << outcome.err;
+  }
+  EXPECT_EQ(content_of(tree.at("a.ini")), "");
+}
+
 }  // namespace

@@ -1,8 +1,11 @@
 // kqsup ipc list, and that looking changes nothing.
+#include <fcntl.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 
 #include "ipc_host.h"
@@ -309,6 +312,53 @@ TEST(KqsupIpcHost, HelpHasAnExample) {
     EXPECT_EQ(outcome.exit_status, 0);
     EXPECT_NE(outcome.out.find("Example: kqsup ipc"), std::string::npos);
   }
+}
+
+TEST_F(KqsupIpcFiles, WhatAnInterruptedChangeHadWrittenDoesNotCount) {
+  put(ipc_directory() + "/.bak", content_of(registry()));
+  put(registry(), "");
+  sleep(2);  // no change takes so long
+  const Answer answer = run_tool({"ipc", "list", "--name", "kept"});
+  EXPECT_EQ(answer.exit_status, 1);
+  EXPECT_EQ(answer.rows.size(), 1U);
+  EXPECT_NE(answer.err.find("interrupted"), std::string::npos) << answer.err;
+}
+
+TEST(KqsupIpcList, LookingLeavesTheTimeOfTheLastLook) {
+  ASSERT_EQ(agent({"names", "1", "1"}), 0);
+  const timespec times[] = {{1000000, 0}, {0, UTIME_OMIT}};
+  const std::string paths[] = {registry(), ipc_directory(), "/etc/ybreg.cfg"};
+  for (const std::string& path : paths) {
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+  }
+  EXPECT_EQ(run_tool({"ipc", "list"}).exit_status, 0);
+  EXPECT_NE(run_tool({"ipc", "reap"}).exit_status, 2);
+  for (const std::string& path : paths) {
+    struct stat about {};
+    ASSERT_EQ(stat(path.c_str(), &about), 0);
+    EXPECT_EQ(about.st_atim.tv_sec, 1000000) << path;
+  }
+}
+
+TEST(KqsupIpcList, ObjectsMayVanishWhileTheyAreLookedAt) {
+  ASSERT_EQ(agent({"semaphore", "comes and goes", "1"}), 0);
+  const auto key = static_cast<key_t>(row_of("semaphore", "comes and goes")["key"].get<int>());
+  const pid_t other = fork();
+  if (other == 0) {
+    alarm(60);
+    for (;;) {
+      semctl(semget(key, 0, 0), 0, IPC_RMID);
+      semget(key, 1, IPC_CREAT | 0600);
+    }
+  }
+  for (int i = 0; i < 30; ++i) {
+    const Answer answer = run_tool({"ipc", "list"});
+    EXPECT_EQ(answer.exit_status, 0) << answer.err;
+    EXPECT_TRUE(answer.rows.is_array());
+  }
+  kill(other, SIGKILL);
+  waitpid(other, nullptr, 0);
+  semctl(semget(key, 0, 0), 0, IPC_RMID);
 }
 
 }  // namespace

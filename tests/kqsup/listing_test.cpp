@@ -66,4 +66,31 @@ TEST(Listing, WhatIsNoTextIsPrintedByteByByte) {
   EXPECT_EQ(printable("\xC3z"), "\\xC3z");
 }
 
+TEST(Listing, AWideCellDoesNotWidenEveryRow) {
+  Listing listing({{"A", "a"}, {"B", "b"}});
+  listing.add({std::string(10000, 'x'), 1});
+  for (int i = 0; i < 1000; ++i) {
+    listing.add({"y", 2});
+  }
+  EXPECT_LT(listing.table().size(), 200000U);
+  EXPECT_TRUE(listing.table().starts_with("A" + std::string(79, ' ') + "  B\n" +
+                                          std::string(10000, 'x') + "  1\n"));
+}
+
+TEST(Listing, JsonMovesNoCursorEither) {
+  Listing listing({{"A", "a"}, {"B", "b"}});
+  listing.add(
+      {"x\xC2\x9B"
+       "2J\x7F",
+       "\x1B\xC3\xA4"});
+  const std::string text = listing.json();
+  EXPECT_EQ(text.find('\x9B'), std::string::npos);
+  EXPECT_EQ(text.find('\x7F'), std::string::npos);
+  EXPECT_EQ(text.find('\x1B'), std::string::npos);
+  EXPECT_EQ(ordered_json::parse(text)[0]["a"],
+            "x\xC2\x9B"
+            "2J\x7F");
+  EXPECT_EQ(ordered_json::parse(text)[0]["b"], "\x1B\xC3\xA4");
+}
+
 }  // namespace

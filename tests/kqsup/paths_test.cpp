@@ -162,4 +162,12 @@ TEST_F(KqsupPathsCommand, TellsHowItIsUsed) {
             std::string::npos);
 }
 
+TEST(KqsupPathsOfTheHost, WithoutARegistryTheEnvironmentDoesNotCount) {
+  const Tree empty;
+  empty.make("etc");
+  const HostPaths paths(Root(empty.root()), [](const char*) { return "/env"; });
+  EXPECT_FALSE(paths.why().empty());
+  EXPECT_TRUE(paths.all().empty());
+}
+
 }  // namespace

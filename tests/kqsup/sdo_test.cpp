@@ -275,4 +275,17 @@ TEST_F(KqsupSdoDump, TellsHowItIsUsed) {
   EXPECT_NE(outcome.out.find("Example: kqsup sdo dump"), std::string::npos);
 }
 
+TEST(KqsupSdo, ACharacterThatALineEndDividesIsNoText) {
+  EXPECT_EQ(kqsup::sdo_text("\xE2\n\x82\xAC"s, true), "");
+}
+
+TEST_F(KqsupSdoDump, BytesThatAreNearlyTextAreNoTroubleInJson) {
+  const Outcome outcome = dump(with(24,
+                                    "\xE2\n\x82\xAC"
+                                    "a\0"s),
+                               {"--json"});
+  EXPECT_EQ(outcome.exit_status, 0) << outcome.err;
+  EXPECT_FALSE(ordered_json::parse(outcome.out)["entries"][1].contains("text"));
+}
+
 }  // namespace

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <string>
 
+#include "listing.h"
+
 namespace kqsup {
 
 // What the program ends with.
@@ -21,11 +23,12 @@ struct Run {
   bool as_json = false;  // --json, which may stand behind any command
   Outcome outcome = Outcome::kAllRight;
 
-  // Says why, to the standard error.
-  void could_not_look(const std::string& why) {
-    std::fprintf(stderr, "kqsup: %s\n", why.c_str());
-    tell(Outcome::kCouldNotLook);
+  // Says what is wrong, or why something could not be looked at, to the standard error.
+  void complain(Outcome found, const std::string& what) {
+    std::fprintf(stderr, "kqsup: %s\n", printable(what).c_str());
+    tell(found);
   }
+  void could_not_look(const std::string& why) { complain(Outcome::kCouldNotLook, why); }
 
   // The worst of what was told is what the program ends with.
   void tell(Outcome found) {

@@ -114,6 +114,9 @@ HostPaths::HostPaths(const Root& root, Environment environment) {
     file = look_at(root.at(registry_), kLargestText);
     why_ = file.goes_on ? "it is too large" : file.why;
   }
+  if (!why_.empty()) {
+    return;
+  }
   for (const std::string_view product : kProducts) {
     auto install = overridden(product, environment);
     if (!install) {

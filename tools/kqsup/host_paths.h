@@ -22,7 +22,8 @@ class Root {
 
   // Where an absolute path of the host lies.
   [[nodiscard]] std::string at(std::string_view path) const {
-    return directory_ + std::string(path);
+    return directory_ + (path.starts_with('/') || directory_.empty() ? "" : "/") +
+           std::string(path);
   }
 
  private:
@@ -41,8 +42,8 @@ class HostPaths {
   // The value of an environment variable; null when it is not set.
   using Environment = const char* (*)(const char* name);
 
-  // What is wrong with the registry itself is told by the members below; the environment counts
-  // without one too, but a process does not start then.
+  // What is wrong with the registry itself is told by the members below: then nothing is known, of
+  // the environment neither.
   explicit HostPaths(const Root& root = Root(), Environment environment = own_environment);
 
   // Where the registry lies, as the host names it; empty when there is none.

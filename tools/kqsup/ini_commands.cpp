@@ -24,27 +24,22 @@ struct Words {
   std::string value;
 };
 
-void complain(const std::string& about, const std::string& what, Outcome outcome, Run& run) {
-  std::fprintf(stderr, "kqsup: %s: %s\n", printable(about).c_str(), printable(what).c_str());
-  run.tell(outcome);
-}
-
 // The content that the library would read. Between the two steps of a change there is no file, but
 // its backup.
 std::optional<IniContent> content_of(const std::string& path, Run& run) {
   const std::string backup = ini_backup(path);
-  LookedAt file = look_at(backup, kLargestText);
+  LookedAt file = look_at(backup, kLargestIni);
   const bool is_backup = file.ok();
   if (!is_backup) {
-    file = look_at(path, kLargestText);
+    file = look_at(path, kLargestIni);
   }
   if (!is_backup && file.is_missing) {
-    if (LookedAt again = look_at(backup, kLargestText); again.ok()) {
+    if (LookedAt again = look_at(backup, kLargestIni); again.ok()) {
       file = std::move(again);
     }
   }
   if (!file.ok() || file.goes_on) {
-    complain(path, file.ok() ? "It is too large" : file.why, Outcome::kCouldNotLook, run);
+    run.could_not_look(path + ": " + (file.ok() ? "It is too large" : file.why));
     return std::nullopt;
   }
   if (is_backup) {
@@ -62,7 +57,7 @@ void complain_of_missing(const IniContent& content, const Words& words, bool is_
   if (content.broken_header != 0) {
     what += "; line " + std::to_string(content.broken_header) + " is a header without a ]";
   }
-  complain(words.file, what, Outcome::kFoundWrong, run);
+  run.complain(Outcome::kFoundWrong, words.file + ": " + what);
 }
 
 void get(const Words& words, Run& run) {
@@ -81,7 +76,7 @@ void get(const Words& words, Run& run) {
     json["section"] = words.section;
     json["key"] = words.key;
     json["value"] = line->value;
-    text = json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    text = json_text(json);
   } else {
     // Programs get the bytes as they are.
     text = isatty(STDOUT_FILENO) != 0 ? printable(line->value) : line->value;
@@ -101,8 +96,8 @@ void list(const Words& words, bool has_section, Run& run) {
                    {"VALUE", "value"},
                    {"FOUND", "found"}});
   for (const IniLine& line : content->lines) {
-    if (!has_section || line.section == words.section) {
-      listing.add({line.line, line.section,
+    if (!has_section || *line.section == words.section) {
+      listing.add({line.line, *line.section,
                    line.key ? nlohmann::ordered_json(*line.key) : nlohmann::ordered_json(),
                    line.value,
                    run.as_json ? nlohmann::ordered_json(line.is_found)
@@ -112,16 +107,16 @@ void list(const Words& words, bool has_section, Run& run) {
   if (has_section && !content->has_section(words.section)) {
     complain_of_missing(*content, words, true, run);
   } else if (content->broken_header != 0) {
-    complain(words.file,
-             "line " + std::to_string(content->broken_header) +
-                 " is a header without a ]: sections behind it are not found",
-             Outcome::kFoundWrong, run);
+    run.complain(Outcome::kFoundWrong,
+                 words.file + ": line " + std::to_string(content->broken_header) +
+                     " is a header without a ]: sections behind it are not found");
   }
   listing.print(run.as_json);
 }
 
 // What would not be found again, or would be more than one line.
 const char* why_not_written(const Words& words) {
+  constexpr size_t kLongestName = 255;
   const auto has = [](const std::string& text, const char* bytes) {
     return text.find_first_of(bytes) != std::string::npos;
   };
@@ -130,6 +125,9 @@ const char* why_not_written(const Words& words) {
   }
   if (has(words.key, "=\n") || words.key.find_first_of(" \t[;#") == 0) {
     return "A key has no = and no line end, and begins with none of blank, [, ; and #";
+  }
+  if (words.section.size() > kLongestName || words.key.size() > kLongestName) {
+    return "The names of sections and keys have 255 bytes at most";
   }
   return has(words.value, "\n") ? "A value has no line end" : nullptr;
 }
@@ -151,8 +149,7 @@ void write(const Words& words, const char* key, const char* value, Run& run) {
           ? library->get<decltype(SMWriteINIPathFileValue)>("SMWriteINIPathFileValue")
           : nullptr;
   if (write_value == nullptr) {
-    complain("the library", why.empty() ? "It is too old" : why, Outcome::kCouldNotLook, run);
-    return;
+    return run.could_not_look("the library: " + (why.empty() ? "It is too old" : why));
   }
   const uint32_t size = value != nullptr ? static_cast<uint32_t>(words.value.size() + 1) : 0;
   const SMStatus status = write_value(words.section.c_str(), key, SMINI_TYPE_UTF8, value, size,
@@ -161,14 +158,13 @@ void write(const Words& words, const char* key, const char* value, Run& run) {
     char text[64];
     std::snprintf(text, sizeof text, "It could not be changed: status 0x%X",
                   static_cast<unsigned>(status));
-    complain(words.file, text, Outcome::kCouldNotLook, run);
+    run.could_not_look(words.file + ": " + text);
   }
 }
 
 void set(const Words& words, Run& run) {
   if (const char* why = why_not_written(words)) {
-    complain(words.file, why, Outcome::kCouldNotLook, run);
-    return;
+    return run.could_not_look(words.file + ": " + why);
   }
   write(words, words.key.c_str(), words.value.c_str(), run);
 }
@@ -208,7 +204,8 @@ void add_ini_commands(CLI::App& app, Run& run) {
   getting->callback([words, &run] { get(*words, run); });
 
   CLI::App* setting = add("set", "Give a key a value, making what is missing",
-                          "set /opt/agent/ini/agent.ini Poll Seconds 30");
+                          "set /opt/agent/ini/agent.ini Poll Seconds 30\n\n"
+                          "A word that begins with a dash stands behind --.");
   setting->add_option("SECTION", words->section, "Its section")->required();
   setting->add_option("KEY", words->key, "Its key")->required();
   setting->add_option("VALUE", words->value, "The value")->required();

@@ -22,7 +22,7 @@ IniContent read_ini(std::string_view text) {
   IniContent content;
   std::set<std::string, std::less<>> sections;
   std::set<std::string, std::less<>> keys;
-  std::string section;
+  auto section = std::make_shared<const std::string>();
   bool is_inside = false;  // behind a header
   bool is_found = false;   // in the first section of its name
   size_t number = 0;
@@ -44,8 +44,8 @@ IniContent read_ini(std::string_view text) {
         content.broken_header = content.broken_header != 0 ? content.broken_header : number;
         continue;
       }
-      section = shown.substr(1, end - 1);
-      is_found = sections.insert(section).second && content.broken_header == 0;
+      section = std::make_shared<const std::string>(shown.substr(1, end - 1));
+      is_found = sections.insert(*section).second && content.broken_header == 0;
       keys.clear();
       header = number;
       begun = content.lines.size();
@@ -67,13 +67,13 @@ IniContent read_ini(std::string_view text) {
 
 bool IniContent::has_section(std::string_view section) const {
   return std::any_of(lines.begin(), lines.end(), [section](const IniLine& line) {
-    return line.is_found && line.section == section;
+    return line.is_found && *line.section == section;
   });
 }
 
 const IniLine* IniContent::find(std::string_view section, std::string_view key) const {
   const auto found = std::find_if(lines.begin(), lines.end(), [&](const IniLine& line) {
-    return line.is_found && line.section == section && line.key == key;
+    return line.is_found && *line.section == section && line.key == key;
   });
   return found != lines.end() ? &*found : nullptr;
 }

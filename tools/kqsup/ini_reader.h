@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,9 +14,12 @@ namespace kqsup {
 // before it reads or writes.
 [[nodiscard]] std::string ini_backup(const std::string& path);
 
+// The largest text that is read as one: its keys and values are kept line by line.
+inline constexpr size_t kLargestIni = 4U << 20U;
+
 struct IniLine {
-  size_t line = 0;  // from 1; a header's for a section without keys
-  std::string section;
+  size_t line = 0;                             // from 1; a header's for a section without keys
+  std::shared_ptr<const std::string> section;  // one for all lines of it
   std::optional<std::string> key;
   std::string value;
   // Whether somebody who asks for section and key gets this value: only the first section of a name

@@ -144,6 +144,13 @@ class Rows {
         add_memory(set, objects_.segment_of_key(name.key), &row);
         break;
       default:
+        // What stands behind it is not without a name.
+        if (set != nullptr) {
+          sets_shown_.insert(set->id);
+        }
+        if (const Segment* const segment = objects_.segment_of_key(name.key)) {
+          segments_shown_.insert(segment->id);
+        }
         break;
     }
     rows.push_back(std::move(row));
@@ -262,11 +269,6 @@ void print(const std::vector<Row>& rows, bool as_json) {
 
 }  // namespace
 
-void tell_wrong(Run& run, const std::string& what) {
-  std::fprintf(stderr, "kqsup: %s\n", what.c_str());
-  run.tell(Outcome::kFoundWrong);
-}
-
 void list_ipc(Run& run, const std::string& name) {
   std::string why;
   const auto directory = find_ipc_directory(&why);
@@ -300,10 +302,10 @@ void list_ipc(Run& run, const std::string& name) {
   }
   print(rows.rows, run.as_json);
   for (const std::string& damage : file.registry.damage) {
-    tell_wrong(run, registry_path(*directory) + ": " + damage);
+    run.complain(Outcome::kFoundWrong, registry_path(*directory) + ": " + damage);
   }
   if (!name.empty() && rows.rows.empty()) {
-    tell_wrong(run, "nothing is called \"" + printable(name) + "\"");
+    run.complain(Outcome::kFoundWrong, "nothing is called \"" + name + "\"");
   }
 }
 

@@ -11,8 +11,4 @@ namespace kqsup {
 // Only the objects that `name` is a caller's name of; all with an empty one, which no object has.
 void list_ipc(Run& run, const std::string& name);
 
-// Tells what is wrong with what was looked at, and that it could not be looked at.
-void tell_wrong(Run& run, const std::string& what);
-void tell_could_not_look(Run& run, const std::string& why);
-
 }  // namespace kqsup

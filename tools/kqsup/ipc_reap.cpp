@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -144,6 +145,16 @@ void reap_ipc(Run& run, bool do_it) {
         "use it mends it");
   }
   const std::vector<Abandoned> found = find_abandoned(file.registry, *objects);
+  if (do_it) {
+    // What goes is told before it goes, whatever becomes of this program or of its output.
+    for (const Abandoned& object : found) {
+      const bool is_segment = object.kind == Abandoned::Kind::kSegment;
+      std::fprintf(stderr, "kqsup: removing %s %d, made by %llu%s%s\n",
+                   is_segment ? "segment" : "private set", object.id,
+                   static_cast<unsigned long long>(object.maker), is_segment ? ": " : "",
+                   object.name.c_str());
+    }
+  }
   Listing listing({{"KIND", "kind"},
                    {"NAME", "name"},
                    {"KEY", "key"},

@@ -67,11 +67,33 @@ std::string printable(std::string_view bytes) {
   return text;
 }
 
+std::string json_text(const ordered_json& value, int indent) {
+  const std::string text = value.dump(indent, ' ', false, ordered_json::error_handler_t::replace);
+  std::string safe;
+  safe.reserve(text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\0');
+    const bool is_control = byte == 0xC2 && next < 0xA0;
+    if (!is_control && byte != 0x7F) {
+      safe += text[i];
+      continue;
+    }
+    char escaped[8];
+    std::snprintf(escaped, sizeof escaped, "\\u%04x", is_control ? next : byte);
+    safe += escaped;
+    i += is_control ? 1 : 0;
+  }
+  return safe;
+}
+
 void Listing::add(std::vector<ordered_json> values) {
   rows_.push_back(std::move(values));
 }
 
 std::string Listing::table() const {
+  // A cell beyond this stands out of its column: one of a hostile file does not pad every row.
+  constexpr size_t kWidestColumn = 80;
   std::vector<std::vector<std::string>> cells{{}};
   std::vector<bool> is_number(columns_.size(), false);
   for (const Column& column : columns_) {
@@ -88,14 +110,14 @@ std::string Listing::table() const {
   std::vector<size_t> widths(columns_.size(), 0);
   for (const auto& line : cells) {
     for (size_t i = 0; i < line.size(); ++i) {
-      widths[i] = std::max(widths[i], width(line[i]));
+      widths[i] = std::max(widths[i], std::min(width(line[i]), kWidestColumn));
     }
   }
   std::string table;
   for (const auto& line : cells) {
     std::string text;
     for (size_t i = 0; i < line.size(); ++i) {
-      const std::string gap(widths[i] - width(line[i]), ' ');
+      const std::string gap(widths[i] - std::min(width(line[i]), widths[i]), ' ');
       text += (i != 0 ? "  " : "") + (is_number[i] ? gap + line[i] : line[i] + gap);
     }
     text.erase(text.find_last_not_of(' ') + 1);
@@ -113,8 +135,7 @@ std::string Listing::json() const {
     }
     all.push_back(std::move(object));
   }
-  // Text that is no UTF-8 becomes what stands for unknown characters, never an exception.
-  return all.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+  return json_text(all) + "\n";
 }
 
 void Listing::print(bool as_json) const {

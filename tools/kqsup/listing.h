@@ -37,4 +37,8 @@ class Listing {
 // "\xHH", so that what a file says cannot move a terminal's cursor.
 [[nodiscard]] std::string printable(std::string_view bytes);
 
+// JSON without the control characters that its own rules leave as they are, and with what stands for
+// unknown characters in the place of bytes that are no text. `indent` -1 is one line.
+[[nodiscard]] std::string json_text(const nlohmann::ordered_json& value, int indent = 2);
+
 }  // namespace kqsup

@@ -29,7 +29,13 @@ std::string name_of_file(uint64_t device, uint64_t inode) {
 }
 
 struct Directory {
-  explicit Directory(const std::string& path) : stream(opendir(path.c_str())) {}
+  explicit Directory(const std::string& path) {
+    const int opened = open_to_look(path, O_DIRECTORY);
+    stream = opened >= 0 ? fdopendir(opened) : nullptr;
+    if (stream == nullptr && opened >= 0) {
+      close(opened);
+    }
+  }
   ~Directory() {
     if (stream != nullptr) {
       closedir(stream);
@@ -37,7 +43,7 @@ struct Directory {
   }
   Directory(const Directory&) = delete;
   Directory& operator=(const Directory&) = delete;
-  DIR* stream;
+  DIR* stream = nullptr;
 };
 
 bool is_lock_file(std::string_view name) {

@@ -41,21 +41,31 @@ LookedAt read_from(int descriptor, size_t limit) {
 
 }  // namespace
 
-LookedAt look_at(const std::string& path, size_t limit) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  if (descriptor < 0) {
-    return failed();
-  }
+int open_to_look(const std::string& path, int directory) {
   struct stat about {};
-  LookedAt file;
-  if (fstat(descriptor, &about) != 0) {
-    file = failed();
-  } else if (!S_ISREG(about.st_mode)) {
-    file.why = S_ISDIR(about.st_mode) ? "It is a directory" : "It is no regular file";
-  } else {
-    file = read_from(descriptor, limit);
+  if (stat(path.c_str(), &about) != 0) {
+    return -1;
   }
-  close(descriptor);
+  if (directory == 0 && !S_ISREG(about.st_mode)) {
+    errno = S_ISDIR(about.st_mode) ? EISDIR : EINVAL;
+    return -1;
+  }
+  const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | directory;
+  const int file = open(path.c_str(), flags | O_NOATIME);
+  return file < 0 && errno == EPERM ? open(path.c_str(), flags) : file;
+}
+
+LookedAt look_at(const std::string& path, size_t limit) {
+  const int descriptor = open_to_look(path);
+  LookedAt file;
+  if (descriptor >= 0) {
+    file = read_from(descriptor, limit);
+    close(descriptor);
+  } else if (errno == EISDIR || errno == EINVAL) {
+    file.why = errno == EISDIR ? "It is a directory" : "It is no regular file";
+  } else {
+    file = failed();
+  }
   return file;
 }
 

@@ -16,6 +16,11 @@ struct LookedAt {
   [[nodiscard]] bool ok() const { return why.empty(); }
 };
 
+// Opens a file, with O_DIRECTORY a directory, to read it: without waiting, and without a trace of the
+// time where that is allowed, which is with what this user owns. Anything else is not opened: a pipe
+// would let its writer go on. -1 with errno otherwise, EISDIR for a directory and EINVAL for the rest.
+[[nodiscard]] int open_to_look(const std::string& path, int directory = 0);
+
 // The first bytes of a regular file, `limit` of them at the most. Nothing else is opened to be read:
 // a pipe could keep its reader waiting, and a device need have no end.
 [[nodiscard]] LookedAt look_at(const std::string& path, size_t limit);

@@ -1,5 +1,7 @@
 #include "name_registry.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <charconv>
 #include <set>
@@ -28,7 +30,7 @@ Sections sections_of(const IniContent& content, std::vector<std::string>* damage
   Sections sections;
   for (const IniLine& line : content.lines) {
     if (line.is_found && line.key.has_value()) {
-      sections[line.section].push_back({*line.key, line.value});
+      sections[*line.section].push_back({*line.key, line.value});
     }
   }
   if (content.broken_header != 0) {
@@ -188,14 +190,33 @@ std::string registry_backup_path(const std::string& ipc_directory) {
   return ini_backup(registry_path(ipc_directory));
 }
 
+namespace {
+
+// Whether a change is over for which the file was put aside: no change takes a second.
+bool is_left_behind(const std::string& backup) {
+  struct stat about {};
+  return stat(backup.c_str(), &about) == 0 && about.st_ctime + 1 < std::time(nullptr);
+}
+
+}  // namespace
+
 // A replacement renames the old file away, the new one to its place, and takes the old one away. So
 // there is the one or the other, though each may be missed in turn by who looks at the wrong moment.
+// An old one that stays is of a change that was interrupted: it is what the library will put back.
 RegistryFile read_name_registry(const std::string& ipc_directory) {
   const std::string places[] = {registry_path(ipc_directory), registry_backup_path(ipc_directory)};
+  if (is_left_behind(places[1])) {
+    const LookedAt file = look_at(places[1], kLargestIni);
+    if (file.ok() && !file.goes_on) {
+      RegistryFile old{true, parse_name_registry(file.bytes), {}};
+      old.registry.damage.push_back("a change was interrupted: what counts is in " + places[1]);
+      return old;
+    }
+  }
   constexpr int kTries = 16;
   for (int tries = 0; tries < kTries; ++tries) {
     for (const std::string& place : places) {
-      const LookedAt file = look_at(place, kLargestText);
+      const LookedAt file = look_at(place, kLargestIni);
       if (file.ok() && !file.goes_on) {
         return {true, parse_name_registry(file.bytes), {}};
       }

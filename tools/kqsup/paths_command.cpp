@@ -27,8 +27,8 @@ void list_paths(const std::string& root_directory, Run& run) {
   const Root root(root_directory);
   const HostPaths paths(root);
   if (!paths.why().empty()) {
-    std::fprintf(stderr, "kqsup: %s\n", paths.why().c_str());
-    run.tell(paths.registry().empty() ? Outcome::kFoundWrong : Outcome::kCouldNotLook);
+    run.complain(paths.registry().empty() ? Outcome::kFoundWrong : Outcome::kCouldNotLook,
+                 paths.why());
   }
   Listing listing({{"PRODUCT", "product"},
                    {"KIND", "kind"},

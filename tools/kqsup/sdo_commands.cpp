@@ -14,9 +14,7 @@ namespace {
 void dump(const std::string& path, Run& run) {
   const LookedAt file = path == "-" ? look_at_input(kLargestSdo) : look_at(path, kLargestSdo);
   if (!file.ok()) {
-    std::fprintf(stderr, "kqsup: %s: %s\n", path.c_str(), file.why.c_str());
-    run.tell(Outcome::kCouldNotLook);
-    return;
+    return run.could_not_look(path + ": " + file.why);
   }
   try {
     const Sdo sdo = read_sdo(file.bytes);
@@ -25,7 +23,7 @@ void dump(const std::string& path, Run& run) {
     if (run.as_json) {
       nlohmann::ordered_json json = sdo_json(sdo);
       json["more_follows"] = goes_on;
-      text = json.dump(2) + "\n";
+      text = json_text(json) + "\n";
     } else {
       text = sdo_tree(sdo);
       if (goes_on) {
@@ -34,9 +32,8 @@ void dump(const std::string& path, Run& run) {
     }
     std::fwrite(text.data(), 1, text.size(), stdout);
   } catch (const SdoDamage& damage) {
-    std::fprintf(stderr, "kqsup: %s: at byte %zu: %s\n", path.c_str(), damage.offset(),
-                 damage.what());
-    run.tell(Outcome::kFoundWrong);
+    run.complain(Outcome::kFoundWrong,
+                 path + ": at byte " + std::to_string(damage.offset()) + ": " + damage.what());
   }
 }
 

@@ -178,16 +178,19 @@ class Reader {
 
 // ---- Values ----
 
-bool is_layout(unsigned code) {
-  return code == '\t' || code == '\n' || code == '\r';
-}
-
-// Whether all of it may be printed, but for line ends and tabs, and something may.
+// Whether all of it may be printed, but for line ends and tabs, and something may. No character goes
+// on behind one of those.
 bool is_text(std::string_view utf8) {
-  std::string shown;
-  std::copy_if(utf8.begin(), utf8.end(), std::back_inserter(shown),
-               [](char c) { return !is_layout(static_cast<unsigned char>(c)); });
-  return !shown.empty() && printable(shown) == shown;
+  bool has_any = false;
+  while (!utf8.empty()) {
+    const std::string_view line = utf8.substr(0, utf8.find_first_of("\t\n\r"));
+    if (printable(line) != line) {
+      return false;
+    }
+    has_any = has_any || !line.empty();
+    utf8.remove_prefix(std::min(line.size() + 1, utf8.size()));
+  }
+  return has_any;
 }
 
 void append_utf8(std::string& text, unsigned code) {
