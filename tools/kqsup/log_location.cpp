@@ -1,6 +1,5 @@
 #include "log_location.h"
 
-
 #include "host_paths.h"
 
 namespace kqsup {
