@@ -1,4 +1,4 @@
-// Printing a full text log by kqsup, beside what only decodes it. Both are whole processes.
+// Printing a full log by kqsup, beside what only decodes it. Both are whole processes.
 
 #include <fcntl.h>
 #include <kqsupt/log.h>
@@ -20,26 +20,27 @@ extern char** environ;
 namespace kqbench {
 namespace {
 
-constexpr const char* kRow = "log show/text";
+constexpr const char* kTextRow = "log show/text";
+constexpr const char* kXmlRow = "log show/xml";
 constexpr const char* kIconv = "iconv";
 
-// A text log that takes few more events, and how many bytes it has.
+// A log that takes few more events, and how many bytes it has.
 struct FullLog {
   std::string path;
   size_t size = 0;
 };
 
-FullLog make_full_log() {
+FullLog make_full_log(uint32_t log) {
   constexpr uint32_t kLargest = 4194304;
   char path[512];
   uint32_t size = sizeof path;
-  require(SMGetLogPathFileName(SM_LOG_TEXT, path, &size) == 0);
+  require(SMGetLogPathFileName(log, path, &size) == 0);
   require(SMSetLogMaxSize(path, kLargest) == 0);
   unlink(path);
   struct stat about {};
   while (about.st_size < off_t{kLargest} - 8192) {
-    require(SMAppendToLog(SM_LOG_TEXT, SM_EVENT_INFORMATION, 1, 1001, "bench",
-                          kEventDescription.c_str(), nullptr, 0) == 0);
+    require(SMAppendToLog(log, SM_EVENT_INFORMATION, 1, 1001, "bench", kEventDescription.c_str(),
+                          nullptr, 0) == 0);
     require(stat(path, &about) == 0);
   }
   // Other measurements begin with no log.
@@ -48,8 +49,9 @@ FullLog make_full_log() {
   return {full, static_cast<size_t>(about.st_size)};
 }
 
+template <uint32_t kLog>
 const FullLog& full_log() {
-  static const FullLog log = make_full_log();
+  static const FullLog log = make_full_log(kLog);
   return log;
 }
 
@@ -78,9 +80,10 @@ double run_to_nowhere(std::vector<std::string> words) {
 }
 
 // An operation is a byte of the log.
-void add_process(const char* contestant, std::vector<std::string> words) {
-  const auto run = [words](benchmark::State& state) {
-    const FullLog& log = full_log();
+void add_process(const char* row, const FullLog& (*log_of)(), const char* contestant,
+                 std::vector<std::string> words) {
+  const auto run = [words, log_of](benchmark::State& state) {
+    const FullLog& log = log_of();
     std::vector<std::string> command = words;
     command.push_back(log.path);
     for (auto _ : state) {
@@ -90,15 +93,20 @@ void add_process(const char* contestant, std::vector<std::string> words) {
     const double bytes = static_cast<double>(state.iterations()) * static_cast<double>(log.size);
     state.counters[kNanoseconds] = Counter(bytes * 1e-9, Counter::kIsRate | Counter::kInvert);
   };
-  benchmark::RegisterBenchmark((std::string(kRow) + '/' + contestant).c_str(), run)
-      ->UseManualTime();
+  benchmark::RegisterBenchmark((std::string(row) + '/' + contestant).c_str(), run)->UseManualTime();
 }
 
 const bool kAdded = [] {
   // 100 MB in a second are 10 nanoseconds a byte.
-  add_family({"kqsup log show", {kIconv}, {{kRow, "a byte of a full text log", 3, kIconv}}});
-  add_process(kOurs, {std::string(KQSUPT_BIN_DIR) + "/kqsup", "log", "show"});
-  add_process(kIconv, {"iconv", "-f", "UTF-16LE", "-t", "UTF-8"});
+  add_family({"kqsup log show",
+              {kIconv},
+              {{kTextRow, "a byte of a full text log, of processor time", 3, kIconv},
+               {kXmlRow, "a byte of a full XML log, of processor time", 3, kIconv}}});
+  const std::vector<std::string> show{std::string(KQSUPT_BIN_DIR) + "/kqsup", "log", "show"};
+  add_process(kTextRow, full_log<SM_LOG_TEXT>, kOurs, show);
+  add_process(kTextRow, full_log<SM_LOG_TEXT>, kIconv, {"iconv", "-f", "UTF-16LE", "-t", "UTF-8"});
+  add_process(kXmlRow, full_log<SM_LOG_XML>, kOurs, show);
+  add_process(kXmlRow, full_log<SM_LOG_XML>, kIconv, {"iconv", "-f", "UTF-8", "-t", "UTF-8"});
   return true;
 }();
 

@@ -1,6 +1,7 @@
 // Logs of any content, as kqsup reads, filters and prints them.
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -40,16 +41,24 @@ void require_printable(std::string_view text) {
   }
 }
 
+std::FILE* nowhere() {
+  static std::FILE* const file = std::fopen("/dev/null", "w");
+  require(file != nullptr);
+  return file;
+}
+
 // Everything is an event or damage, each once and in its order.
 uint64_t read_all(EventReader& reader, bool is_final, uint64_t end, size_t* events) {
   kqsup::LogFilter filter;
   filter.types = {1, 2};
   filter.since = 0;
+  kqsup::LogPrinter printer(kqsup::LogForm::kJsonLines, kqsup::LogNews::kAtEnd, false, nowhere());
   for (Found found; (found = reader.next(is_final)) != Found::kNothing;) {
     if (found == Found::kEvent) {
       const kqsup::LogEvent& event = reader.event();
       require(event.size != 0 && event.offset >= end && event.offset - end <= 256);
       (void)filter.wants(event);
+      printer.print(event);
       for (const std::string_view text :
            {event.source, event.computer, event.description, event.data}) {
         require_printable(text);
@@ -62,6 +71,7 @@ uint64_t read_all(EventReader& reader, bool is_final, uint64_t end, size_t* even
     }
     require(end == reader.place());
   }
+  printer.flush();
   return end;
 }
 

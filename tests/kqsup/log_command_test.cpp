@@ -6,15 +6,19 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "gtest/gtest.h"
 #include "kqsupt/log.h"
 #include "log_bytes.h"
+#include "log_follower.h"
 #include "support/background.h"
 #include "support/program.h"
 #include "support/scratch.h"
@@ -167,6 +171,46 @@ TEST_F(KqsupLogCommand, ALogThatIsNotThereCannotBeLookedAt) {
   EXPECT_EQ(show({}).exit_status, 0);
 }
 
+// The memory of a process can be opened, but there is none where it begins.
+TEST_F(KqsupLogCommand, ALogThatCannotBeReadCannotBeLookedAt) {
+  for (const char* command : {"show", "follow"}) {
+    const Outcome looked = run({built_program("kqsup"), "log", command, "/proc/self/mem"});
+    EXPECT_EQ(looked.exit_status, 2) << command;
+    EXPECT_EQ(looked.err, "kqsup: /proc/self/mem: Input/output error\n") << command;
+  }
+}
+
+TEST_F(KqsupLogCommand, LogsOfThisHostThatCannotBeOpenedAreThere) {
+  for (const std::string& log : {text_log(), xml_log()}) {
+    ASSERT_EQ(symlink(log.c_str(), log.c_str()), 0);
+  }
+  const Outcome shown = show({});
+  EXPECT_EQ(shown.exit_status, 2);
+  EXPECT_NE(shown.err.find(text_log()), std::string::npos) << shown.err;
+  EXPECT_NE(shown.err.find(xml_log()), std::string::npos) << shown.err;
+  EXPECT_EQ(shown.err.find("No such file"), std::string::npos) << shown.err;
+}
+
+TEST_F(KqsupLogCommand, TellsOfTheFirstThousandDamagedPlaces) {
+  const Scratch scratch;
+  std::string log = text_header();
+  for (int i = 0; i < 1003; ++i) {
+    log += little_endian(u"EventID: 7\r\nSource: pump\r\n");
+  }
+  put(scratch.file("damaged"), log + text_record(u"8", u"whole"));
+  const Outcome shown = show({"--json", scratch.file("damaged")});
+  EXPECT_EQ(shown.exit_status, 1);
+  const json all = json::parse(shown.out);
+  ASSERT_EQ(all.size(), 1002U);
+  EXPECT_EQ(all[0]["description"], "whole");
+  EXPECT_EQ(all[1000]["bytes"], 52);
+  EXPECT_EQ(all[1001], json::parse(R"({"damage": "more places", "count": 3})"));
+  EXPECT_EQ(std::count(shown.err.begin(), shown.err.end(), '\n'), 1002);
+  EXPECT_TRUE(
+      shown.err.ends_with("kqsup: only the first 1000 places are told\n"
+                          "kqsup: damaged places: 1003\n"));
+}
+
 TEST_F(KqsupLogCommand, ValuesThatThereAreNotAreRefused) {
   for (const char* option : {"--type=loud", "--category=7", "--id=x", "--since=soon"}) {
     EXPECT_EQ(show({option}).exit_status, 2) << option;
@@ -243,6 +287,7 @@ class Follower {
     const json event = json::parse(process_.read_line(), nullptr, false);
     return event.contains("description") ? event["description"].get<std::string>() : "(damage)";
   }
+  Background& process() { return process_; }
 
  private:
   static Command command(Command arguments) {
@@ -250,6 +295,33 @@ class Follower {
     return arguments;
   }
   Background process_;
+};
+
+// What a printer prints, in this process.
+class Output {
+ public:
+  Output() : file_(std::tmpfile()) {}
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+  ~Output() { std::fclose(file_); }
+
+  [[nodiscard]] std::FILE* file() const { return file_; }
+
+  // What all its events describe.
+  [[nodiscard]] Texts descriptions() const {
+    std::string all(static_cast<size_t>(std::ftell(file_)), '\0');
+    const ssize_t size = pread(fileno(file_), all.data(), all.size(), 0);
+    EXPECT_EQ(size, static_cast<ssize_t>(all.size()));
+    Texts descriptions;
+    std::istringstream lines(all);
+    for (std::string line; std::getline(lines, line);) {
+      descriptions.push_back(json::parse(line)["description"]);
+    }
+    return descriptions;
+  }
+
+ private:
+  std::FILE* file_;
 };
 
 TEST_F(KqsupLogCommand, FollowBeginsWithTheLastEvents) {
@@ -261,6 +333,70 @@ TEST_F(KqsupLogCommand, FollowBeginsWithTheLastEvents) {
     EXPECT_EQ(follower.next(), "b");
     EXPECT_EQ(follower.next(), "c");
   }
+}
+
+TEST_F(KqsupLogCommand, FollowMayBeginWithNoEvent) {
+  append(7, "old");
+  Follower follower({"-n", "0", text_log()});
+  // Nothing tells when it looks for the first time.
+  do {
+    append(7, "new");
+  } while (!follower.process().has_output(10));
+  EXPECT_EQ(follower.next(), "new");
+}
+
+TEST_F(KqsupLogCommand, FollowSaysWhichOfSeveralLogsLinesAreOf) {
+  append(7, "a");
+  Background follower({built_program("kqsup"), "log", "follow"});
+  EXPECT_EQ(follower.read_line(), "==> " + text_log() + " <==");
+  EXPECT_TRUE(follower.read_line().ends_with(": a"));
+  EXPECT_EQ(follower.read_line(), "");
+  EXPECT_EQ(follower.read_line(), "==> " + xml_log() + " <==");
+  EXPECT_TRUE(follower.read_line().ends_with(": a"));
+  append(7, "b", "", SM_LOG_XML);
+  EXPECT_TRUE(follower.read_line().ends_with(": b"));
+}
+
+TEST_F(KqsupLogCommand, FollowThatIsEndedHasSeenNothingWrong) {
+  append(7, "a");
+  Follower follower({text_log()});
+  EXPECT_EQ(follower.next(), "a");
+  follower.process().kill(SIGTERM);
+  EXPECT_EQ(follower.process().wait(), 0);
+}
+
+TEST_F(KqsupLogCommand, FollowThatIsEndedTellsOfDamage) {
+  const Scratch scratch;
+  put(scratch.file("log"), text_header() + "junk" + text_record(u"7", u"a"));
+  Follower follower({scratch.file("log")});
+  EXPECT_EQ(follower.next(), "(damage)");
+  EXPECT_EQ(follower.next(), "a");
+  follower.process().kill(SIGTERM);
+  EXPECT_EQ(follower.process().wait(), 1);
+}
+
+TEST_F(KqsupLogCommand, FollowCountsNoDamageInFrontOfTheLastEvents) {
+  const Scratch scratch;
+  put(scratch.file("log"), text_header() + "junk" + text_record(u"7", u"a"));
+  Follower follower({"-n", "1", scratch.file("log")});
+  EXPECT_EQ(follower.next(), "a");
+  follower.process().kill(SIGTERM);
+  EXPECT_EQ(follower.process().wait(), 0);
+}
+
+TEST_F(KqsupLogCommand, FollowGoesOnWhenItIsStartedToIgnoreASignal) {
+  append(7, "a");
+  const auto before = std::signal(SIGHUP, SIG_IGN);
+  Follower follower({text_log()});
+  std::signal(SIGHUP, before);
+  EXPECT_EQ(follower.next(), "a");
+  follower.process().kill(SIGHUP);
+  for (const char* text : {"b", "c"}) {
+    append(7, text);
+    EXPECT_EQ(follower.next(), text);
+  }
+  follower.process().kill(SIGTERM);
+  EXPECT_EQ(follower.process().wait(), 0);
 }
 
 TEST_F(KqsupLogCommand, FollowPrintsWhatComes) {
@@ -302,7 +438,39 @@ TEST_F(KqsupLogCommand, FollowGoesOnBehindABackup) {
   }
 }
 
-// The log becomes its backup up to twice between two looks.
+// The log becomes its backup twice between two looks.
+TEST(KqsupLogFollower, ReadsTheBackupThatItDidNotSeeAsALog) {
+  const Scratch scratch;
+  const std::string log = scratch.file("kqsys32.log");
+  const auto text_log = [](std::u16string_view text) {
+    return text_header() + text_record(u"7", text);
+  };
+  const auto xml_log = [](const std::string& text) {
+    return kXmlBegin + xml_element("7", text) + kXmlEnd;
+  };
+  for (const Texts& contents : {Texts{text_log(u"a"), text_log(u"b"), text_log(u"c")},
+                                Texts{xml_log("a"), xml_log("b"), xml_log("c")}}) {
+    put(log, contents[0]);
+    const kqsup::LogFilter everything;
+    Output output;
+    kqsup::LogPrinter printer(kqsup::LogForm::kJsonLines, kqsup::LogNews::kAtOnce, false,
+                              output.file());
+    kqsup::LogFollower follower(log, everything, printer);
+    int why = 0;
+    ASSERT_TRUE(follower.start(0, &why));
+    for (const size_t next : {1U, 2U}) {
+      ASSERT_EQ(rename(log.c_str(), backup(log).c_str()), 0);
+      put(log, contents[next]);
+    }
+    follower.poll();
+    EXPECT_EQ(output.descriptions(), (Texts{"b", "c"}));
+    follower.poll();
+    EXPECT_EQ(output.descriptions(), (Texts{"b", "c"}));
+    EXPECT_EQ(printer.damages(), 0U);
+  }
+}
+
+// The log becomes its backup up to twice between two looks of a process.
 TEST_F(KqsupLogCommand, FollowReadsTheBackupThatItDidNotSeeAsALog) {
   const std::string data(30000, 'x');
   append(7, "first", "", SM_LOG_TEXT);

@@ -75,6 +75,21 @@ TEST(KqsupLog, ReadsALogThatHostsOfBothByteOrdersWroteTo) {
   EXPECT_EQ(contents(log).damage, Texts{});
 }
 
+TEST(KqsupLog, ReadsTheSameWhenItBeginsAgain) {
+  Bytes bytes(text_header() + "junk" + swapped(first_record()) + second_record() +
+              swapped(second_record()));
+  EventReader reader(bytes);
+  for (int i = 0; i < 2; ++i) {
+    reader.go_to(0);
+    EXPECT_EQ(reader.next(true), Found::kDamage);
+    EXPECT_EQ(reader.damage().size, 4U);
+    EXPECT_EQ(reader.next(true), Found::kEvent);
+    EXPECT_EQ(reader.event().id, 1001U);
+    EXPECT_EQ(reader.next(true), Found::kEvent);
+    EXPECT_EQ(reader.event().id, 4294967295U);
+  }
+}
+
 TEST(KqsupLog, AnEmptyLogHasNoEventsAndNoDamage) {
   EXPECT_EQ(contents("").events, Texts{});
   EXPECT_EQ(contents("").damage, Texts{});

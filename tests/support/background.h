@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -58,7 +59,13 @@ class Background {
     }
   }
 
-  void kill() const { ::kill(process_, SIGKILL); }
+  void kill(int signal = SIGKILL) const { ::kill(process_, signal); }
+
+  // Whether something to read, or the end of it, comes within that time.
+  [[nodiscard]] bool has_output(int milliseconds) const {
+    pollfd waited{output_, POLLIN, 0};
+    return poll(&waited, 1, milliseconds) > 0;
+  }
 
   // The next line that it writes, without its end; "" at the end of its output.
   std::string read_line() {

@@ -204,6 +204,11 @@ void EventReader::go_to(uint64_t place) {
   place_ = place;
   has_missed_end_ = false;
   pending_.reset();
+  if (place == 0) {
+    // Nothing is known of a log that begins.
+    is_xml_ = false;
+    order_.reset();
+  }
   look_again();
 }
 

@@ -61,7 +61,8 @@ void show_log(LogFile& file, const LogFilter& filter, LogPrinter& printer) {
         printer.print(reader.damage());
         break;
       case EventReader::Found::kNothing:
-        if (is_final) {
+        // What is behind bytes that could not be read may be whole.
+        if (is_final || file.error() != 0) {
           return;
         }
         // What looked unfinished may be whole by now.
@@ -77,6 +78,7 @@ void show(const LogArguments& arguments, Run& run) {
   LogPrinter printer(run.as_json ? LogForm::kJsonArray : LogForm::kLines, LogNews::kAtEnd,
                      logs.size() > 1);
   bool has_any = false;
+  bool has_complained = false;
   for (const std::string& log : logs) {
     int why = 0;
     auto file = LogFile::open(log, &why);
@@ -84,15 +86,20 @@ void show(const LogArguments& arguments, Run& run) {
       has_any = true;
       printer.set_log(log);
       show_log(*file, arguments.filter, printer);
-    } else if (!arguments.files.empty() || why != ENOENT) {
+      why = file->error();
+    } else if (arguments.files.empty() && why == ENOENT) {
+      why = 0;
+    }
+    if (why != 0) {
       complain(log, why);
+      has_complained = true;
       run.tell(Outcome::kCouldNotLook);
     }
   }
   if (!has_any) {
     // Agents that log only to one of this host's logs are well. Without any there is nothing to
     // see.
-    if (arguments.files.empty() && !logs.empty()) {
+    if (!has_complained && !logs.empty()) {
       complain(logs[0], ENOENT);
     }
     run.tell(Outcome::kCouldNotLook);
@@ -106,11 +113,15 @@ void show(const LogArguments& arguments, Run& run) {
 
 volatile std::sig_atomic_t is_over = 0;
 
+// What whoever started this program has it ignore stays ignored.
 void heed_signals() {
   struct sigaction action {};
   action.sa_handler = [](int) { is_over = 1; };
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    sigaction(signal, &action, nullptr);
+    struct sigaction old {};
+    if (sigaction(signal, nullptr, &old) == 0 && old.sa_handler != SIG_IGN) {
+      sigaction(signal, &action, nullptr);
+    }
   }
 }
 

@@ -44,7 +44,10 @@ size_t LogFile::read(uint64_t offset, char* to, size_t size) {
     if (count < 0 && errno == EINTR) {
       continue;
     }
-    if (count <= 0) {  // what cannot be read is not there
+    if (count < 0) {
+      error_ = errno;
+    }
+    if (count <= 0) {
       break;
     }
     done += static_cast<size_t>(count);
@@ -58,10 +61,6 @@ LogFile::State LogFile::state() const {
     return {};
   }
   return {static_cast<uint64_t>(about.st_size), about.st_mtim.tv_sec, about.st_mtim.tv_nsec};
-}
-
-uint64_t LogFile::size() const {
-  return state().size;
 }
 
 bool LogFile::is_named(const std::string& path) const {

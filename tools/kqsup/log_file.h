@@ -18,18 +18,24 @@ class LogFile : public LogBytes {
   [[nodiscard]] static std::optional<LogFile> open(const std::string& path, int* why);
 
   LogFile(LogFile&& other) noexcept
-      : file_(std::exchange(other.file_, -1)), device_(other.device_), node_(other.node_) {}
+      : file_(std::exchange(other.file_, -1)),
+        device_(other.device_),
+        node_(other.node_),
+        error_(other.error_) {}
   LogFile& operator=(LogFile&& other) noexcept {
     std::swap(file_, other.file_);
     std::swap(device_, other.device_);
     std::swap(node_, other.node_);
+    std::swap(error_, other.error_);
     return *this;
   }
   ~LogFile() override;
 
+  // Bytes that cannot be read are not there; error() tells it.
   size_t read(uint64_t offset, char* to, size_t size) override;
 
-  [[nodiscard]] uint64_t size() const;
+  // Why the last read() that failed did, as errno has it; 0 when none has.
+  [[nodiscard]] int error() const { return error_; }
 
   // What changes whenever the file is written to; two of different times compare unequal.
   struct State {
@@ -53,6 +59,7 @@ class LogFile : public LogBytes {
   int file_;
   dev_t device_;
   ino_t node_;
+  int error_ = 0;
 };
 
 }  // namespace kqsup

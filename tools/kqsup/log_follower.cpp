@@ -38,7 +38,14 @@ bool LogFollower::start(uint64_t count, int* why) {
       }
     }
   });
-  if (!last.empty()) {
+  if (log_->file.error() != 0) {
+    *why = log_->file.error();
+    return false;
+  }
+  if (last.size() < count) {
+    seen_.clear();
+    log_->reader.go_to(0);
+  } else if (!last.empty()) {
     while (!seen_.empty() && seen_.back().offset >= last.front()) {
       seen_.pop_back();
     }

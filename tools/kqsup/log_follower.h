@@ -19,8 +19,8 @@ class LogFollower {
   // `filter` and `printer` stay the caller's.
   LogFollower(std::string path, const LogFilter& filter, LogPrinter& printer);
 
-  // Stands before the last `count` wanted events; a log that is not there yet is waited for. False,
-  // and why, when what is there cannot be read.
+  // Stands before the last `count` wanted events, or at the beginning of a log that has fewer. A
+  // log that is not there yet is waited for. False, and why, when what is there cannot be read.
   [[nodiscard]] bool start(uint64_t count, int* why);
 
   // Prints what has come since.

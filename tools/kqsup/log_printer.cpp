@@ -14,8 +14,6 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr size_t kMuch = 256 * 1024;
-// A file of nothing but damage has more places than anybody reads.
-constexpr size_t kMostPlaces = 1000;
 
 constexpr auto kIsPlain = [] {
   std::array<bool, 256> is_plain{};
@@ -197,21 +195,31 @@ void LogPrinter::tell(const Place& place) {
 }
 
 void LogPrinter::flush() {
-  std::fwrite(out_.data(), 1, out_.size(), stdout);
-  std::fflush(stdout);
+  std::fwrite(out_.data(), 1, out_.size(), to_);
+  std::fflush(to_);
   out_.clear();
 }
 
 void LogPrinter::finish() {
+  const bool has_more = news_ == LogNews::kAtEnd && damages_ > places_.size();
   if (form_ == LogForm::kJsonArray) {
     for (const Place& place : places_) {
       add_damage(place);
+    }
+    if (has_more) {
+      ordered_json object;
+      object["damage"] = "more places";
+      object["count"] = damages_ - places_.size();
+      add_object(dump(object));
     }
     out_ += has_objects_ ? "\n]\n" : "[]\n";
   }
   flush();
   for (const Place& place : places_) {
     tell(place);
+  }
+  if (has_more) {
+    std::fprintf(stderr, "kqsup: only the first %zu places are told\n", places_.size());
   }
   if (damages_ != 0) {
     std::fprintf(stderr, "kqsup: damaged places: %llu\n",

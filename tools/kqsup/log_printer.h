@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,14 +17,18 @@ enum class LogForm {
   kJsonLines,  // one object in each line, in the order in which things are found
 };
 enum class LogNews {
-  kAtEnd,   // what is damaged is told of behind all events
+  kAtEnd,   // the first places that are damaged, and how many there are, behind all events
   kAtOnce,  // where it was found
 };
 
 class LogPrinter {
  public:
-  LogPrinter(LogForm form, LogNews news, bool is_of_several)
-      : form_(form), news_(news), is_of_several_(is_of_several) {}
+  // How many places kAtEnd tells of: a file of nothing but damage has more than anybody reads.
+  static constexpr size_t kMostPlaces = 1000;
+
+  // `to` stays the caller's.
+  LogPrinter(LogForm form, LogNews news, bool is_of_several, std::FILE* to = stdout)
+      : form_(form), news_(news), is_of_several_(is_of_several), to_(to) {}
 
   // What follows is of this log.
   void set_log(const std::string& path) { log_ = path; }
@@ -56,6 +61,7 @@ class LogPrinter {
   LogForm form_;
   LogNews news_;
   bool is_of_several_;
+  std::FILE* to_;
   bool has_objects_ = false;
   std::string log_;
   std::string headed_log_;
