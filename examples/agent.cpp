@@ -5,12 +5,16 @@
 //
 // Either may be started first. What they know of each other are names and the IDs below.
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <kqsupt.hpp>
+#include <string>
 #include <string_view>
 #include <system_error>
+#include <thread>
+#include <utility>
 
 namespace {
 
@@ -21,8 +25,7 @@ constexpr uint16_t kIdLimit = 3;
 constexpr uint8_t kTypeNumber = 1;
 constexpr uint8_t kTypeText = 3;
 
-constexpr std::string_view kMemory = "example sensor";
-constexpr std::string_view kThere = "example sensor is there";
+constexpr std::string_view kMemory = "example sensor";  // the segment's, and its mutex's
 constexpr std::string_view kTaken = "example sensor was taken";
 constexpr uint32_t kMostBytes = 1024;
 constexpr int32_t kPatience = 30000;  // milliseconds
@@ -53,6 +56,9 @@ kqsupt::result<kqsupt::block> read_sensor(const char* path) {
   return sensor->to_block();
 }
 
+// Offers the block that the file describes. Only one process can have the segment, so who has it is
+// the only one to create the event: to release a created event takes it away from everybody. The
+// mutex keeps others out while the two come and go.
 std::error_code offer(const char* path) {
   const auto block = read_sensor(path);
   if (!block) {
@@ -61,40 +67,42 @@ std::error_code offer(const char* path) {
   if (block->size() > kMostBytes) {
     return kqsupt::status::out_of_space;
   }
-  auto there = kqsupt::event::create(kThere, kqsupt::event_reset::manual);
-  auto taken = kqsupt::event::create(kTaken, kqsupt::event_reset::manual);
+  auto mutex = kqsupt::mutex::create(kMemory);
+  if (!mutex) {
+    return mutex.error();
+  }
+  auto held = mutex->lock(kPatience);
+  if (!held) {
+    return held.error();
+  }
   const auto memory = kqsupt::shared_memory::create(kMemory, kMostBytes);
-  if (!there || !taken || !memory) {
-    return kqsupt::status::operation_failed;  // another one is offering, say
+  if (!memory) {
+    return memory.error();  // another one is offering, say
+  }
+  auto taken = kqsupt::event::create(kTaken, kqsupt::event_reset::manual);
+  if (!taken) {
+    return taken.error();
   }
   // What one that was killed left behind does not count.
-  (void)there->clear();
   (void)taken->clear();
   std::memcpy(memory->address(), block->data(), block->size());
-  const auto set = there->set();
-  return set ? taken->wait(kPatience).error() : set.error();
+  held->unlock();
+  (void)taken->wait(kPatience);
+  held = mutex->lock(kPatience);
+  return taken->wait(0).error();
 }
 
-std::error_code take() {
-  auto there = kqsupt::event::open(kThere);
-  for (const uint64_t start = kqsupt::ticks(); !there; there = kqsupt::event::open(kThere)) {
-    if (kqsupt::ticks() - start > kPatience) {
-      return kqsupt::status::timeout;
-    }
-    SMThreadYield();
-  }
-  if (const auto waited = there->wait(kPatience); !waited) {
-    return waited.error();
-  }
-  const auto memory = kqsupt::shared_memory::open(kMemory);
-  auto taken = kqsupt::event::open(kTaken);
-  if (!memory || !taken) {
-    return kqsupt::status::data_not_found;
-  }
-  // Values are looked up where they lie: nothing is unpacked.
-  const auto block = kqsupt::block_view::in(memory->address(), kMostBytes);
+struct reading {
+  std::string name;
+  int32_t celsius;
+  int32_t limit;
+};
+
+// Values are looked up where they lie: nothing is unpacked.
+kqsupt::result<reading> read_record(const void* memory) {
+  const auto block = kqsupt::block_view::in(memory, kMostBytes);
   if (!block) {
-    return block.error();
+    return block.code();
   }
   const auto name = block->text(kIdName);
   const auto celsius = block->value<int32_t>(kIdCelsius);
@@ -102,17 +110,64 @@ std::error_code take() {
   if (!name || !celsius || !limit) {
     return kqsupt::status::data_not_found;
   }
-  std::printf("%s: %d degrees\n", name->c_str(), static_cast<int>(*celsius));
-  if (const auto told = taken->set(); !told || *celsius <= *limit) {
-    return told.error();
+  return reading{*name, *celsius, *limit};
+}
+
+// What is offered now; status::timeout when nothing is.
+kqsupt::result<reading> take_offered(kqsupt::mutex& mutex) {
+  const auto held = mutex.lock(kPatience);
+  if (!held) {
+    return held.code();
   }
+  const auto memory = kqsupt::shared_memory::open(kMemory);
+  auto taken = kqsupt::event::open(kTaken);
+  if (!memory || !taken || taken->wait(0)) {
+    return kqsupt::status::timeout;
+  }
+  auto found = read_record(memory->address());
+  if (found) {
+    const auto told = taken->set();
+    return told ? std::move(found) : told.code();
+  }
+  return found;
+}
+
+// The XML log takes texts as they are, so what is markup there is escaped for it alone.
+std::error_code log_too_hot(const reading& sensor) {
   kqsupt::log_event event;
   event.type = SM_EVENT_WARNING;
   event.id = kEventTooHot;
   event.source = "agent";
-  const std::string description = *name + " has " + std::to_string(*celsius) + " degrees";
+  const std::string description =
+      sensor.name + " has " + std::to_string(sensor.celsius) + " degrees";
   event.description = description;
-  return kqsupt::append_to_log(SM_LOG_TEXT | SM_LOG_XML, event).error();
+  const auto logged = kqsupt::append_to_log(SM_LOG_TEXT, event);
+  const auto source = kqsupt::escape_xml(event.source);
+  const auto escaped = kqsupt::escape_xml(description);
+  if (!logged || !source || !escaped) {
+    return !logged ? logged.error() : kqsupt::status::no_memory;
+  }
+  event.source = *source;
+  event.description = *escaped;
+  return kqsupt::append_to_log(SM_LOG_XML, event).error();
+}
+
+std::error_code take() {
+  auto mutex = kqsupt::mutex::create(kMemory);
+  if (!mutex) {
+    return mutex.error();
+  }
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatience);
+  auto sensor = take_offered(*mutex);
+  while (sensor.code() == kqsupt::status::timeout && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    sensor = take_offered(*mutex);
+  }
+  if (!sensor) {
+    return sensor.error();
+  }
+  std::printf("%s: %d degrees\n", sensor->name.c_str(), static_cast<int>(sensor->celsius));
+  return sensor->celsius > sensor->limit ? log_too_hot(*sensor) : std::error_code();
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 /// @file kqsupt.hpp
 /// The C++17 layer over the C interface of libkqsupt: objects that release what they own, guards
 /// that give back what they took, text as std::string_view and std::string, statuses as
-/// std::error_code. It is a header and nothing else, and each of its functions is one call of the C
-/// interface or two: what a call does, and which statuses it has, is told where the C function is
+/// std::error_code. It is a header and nothing else, and each of its functions is a call of the C
+/// interface, repeated where the room was too small, with at most what has to be asked before or
+/// released after it: what a call does, and which statuses it has, is told where the C function is
 /// declared, and named here by `->`.
 ///
 /// Failure: functions that can fail return a result<T>, which holds either a value or a status.
@@ -400,7 +401,8 @@ class [[nodiscard]] guard : private owner<Handle, Unlock> {
   void dismiss() { (void)this->release(); }
 };
 
-/// Holds a mutex.
+/// Holds a mutex. One with a name is given back early when this process lets go of any other handle
+/// on that name, see mutex.
 using mutex_guard = guard<SMMutex, detail::unlock>;
 /// Holds 1 of the count of a semaphore.
 using semaphore_guard = guard<SMSemaphore, detail::give_back>;
@@ -449,8 +451,12 @@ inline std::string version() {
 
 // ---- Text ---------------------------------------------------------------------------------------
 
-/// UCS-2 text from UTF-8; each char16_t is one unit. -> SMUTF8StrToUCS2Str
+/// UCS-2 text from UTF-8; each char16_t is one unit. status::invalid_parameter also for text of
+/// 2 GiB, whose units the call cannot count. -> SMUTF8StrToUCS2Str
 inline result<std::u16string> to_ucs2(std::string_view text) {
+  if (text.size() >= std::numeric_limits<uint32_t>::max() / sizeof(ustring)) {
+    return status::invalid_parameter;
+  }
   const detail::c_text utf8(text);
   uint32_t size = 0;
   if (!utf8) {
@@ -468,9 +474,11 @@ inline result<std::u16string> to_ucs2(std::string_view text) {
   return std::u16string(units.begin(), units.end() - 1);
 }
 
-/// UTF-8 text from UCS-2. -> SMUCS2StrToUTF8Str
+/// UTF-8 text from UCS-2. status::invalid_parameter also for text that could take 4 GiB.
+/// -> SMUCS2StrToUTF8Str
 inline result<std::string> to_utf8(std::u16string_view text) {
-  if (text.find(u'\0') != std::u16string_view::npos) {
+  if (text.size() >= std::numeric_limits<uint32_t>::max() / 3 ||
+      text.find(u'\0') != std::u16string_view::npos) {
     return status::invalid_parameter;
   }
   std::vector<ustring> units(text.begin(), text.end());
@@ -506,12 +514,12 @@ class utf8_buffer {
   ~utf8_buffer() { SMSSUTF8StrFree(&string_); }
 
   /// An empty string with a buffer of `capacity` bytes, which is not 0.
-  static result<utf8_buffer> create(uint32_t capacity) {
+  static result<utf8_buffer> create(size_t capacity) {
     utf8_buffer made;
-    if (capacity == 0) {
+    if (capacity == 0 || !detail::fits(capacity)) {
       return status::invalid_parameter;
     }
-    if (SMSSUTF8StrAlloc(&made.string_, capacity) == nullptr) {
+    if (SMSSUTF8StrAlloc(&made.string_, static_cast<uint32_t>(capacity)) == nullptr) {
       made.string_ = {};
       return status::no_memory;
     }
@@ -562,12 +570,12 @@ class ucs2_buffer {
   ~ucs2_buffer() { SMSSUCS2StrFree(&string_); }
 
   /// An empty string with a buffer of `capacity` bytes, at least 2.
-  static result<ucs2_buffer> create(uint32_t capacity) {
+  static result<ucs2_buffer> create(size_t capacity) {
     ucs2_buffer made;
-    if (capacity < sizeof(ustring)) {
+    if (capacity < sizeof(ustring) || !detail::fits(capacity)) {
       return status::invalid_parameter;
     }
-    if (SMSSUCS2StrAlloc(&made.string_, capacity) == nullptr) {
+    if (SMSSUCS2StrAlloc(&made.string_, static_cast<uint32_t>(capacity)) == nullptr) {
       made.string_ = {};
       return status::no_memory;
     }
@@ -718,7 +726,9 @@ class block_view {
     });
   }
   /// The value of the entry with this ID as a T. status::bad_length, or status::buffer_too_small,
-  /// when it is of another size. -> SMSDOBinaryGetDataByID
+  /// when it is of another size. Values of 1 to 4 bytes lie in slots of 4, which do not tell their
+  /// size: each of these answers to every T of up to 4 bytes, so ask for the type that was added.
+  /// -> SMSDOBinaryGetDataByID
   template <class T>
   [[nodiscard]] result<T> value(uint16_t id) const {
     return detail::value_out<T>(
@@ -775,27 +785,43 @@ class record : public owner<SMSDOConfig, SMSDOConfigFree> {
       return detail::code(answer);
     }
     std::vector<SMSDOConfig*> handles(count);
+    // All the room before there is a record that could be lost.
+    std::vector<record> records;
+    records.reserve(count);
     if (count != 0) {
       answer = SMSDOBinaryArrayToConfigArray(array.data(), handles.data(), &count);
       if (answer != SM_STATUS_SUCCESS) {
         return detail::code(answer);
       }
     }
-    return std::vector<record>(handles.begin(), handles.end());
+    for (uint32_t i = 0; i < count; ++i) {
+      records.emplace_back(handles[i]);
+    }
+    return records;
   }
   /// A deep copy. -> SMSDOConfigClone
   [[nodiscard]] result<record> clone() const {
     return detail::made<record>(SMSDOConfigClone(get()));
   }
 
-  /// Adds an entry with a copy of `size` bytes. Children go in by add_child(): this call refuses
-  /// their type, which hands over ownership. -> SMSDOConfigAddData
+  /// Adds an entry with a copy of `size` bytes. It refuses the types of what becomes a child:
+  /// children go in by add_child() and blocks by add_block(). Children of an entry that is replaced
+  /// are freed. -> SMSDOConfigAddData
   result<void> add(uint16_t id, uint8_t type, const void* data, size_t size, bool replace = false) {
-    if (!detail::fits(size) || (type & 0x0FU) == SDO_TYPE_CONFIG) {
+    const unsigned base = type & kBaseType;
+    if (!detail::fits(size) || base == SDO_TYPE_CONFIG || base == SDO_TYPE_BINARY) {
       return status::invalid_parameter;
     }
-    return detail::code(
-        SMSDOConfigAddData(get(), id, type, data, static_cast<uint32_t>(size), replace ? 1 : 0));
+    const std::vector<SMSDOConfig*> replaced =
+        replace ? children_at(id) : std::vector<SMSDOConfig*>();
+    const SMStatus answer =
+        SMSDOConfigAddData(get(), id, type, data, static_cast<uint32_t>(size), replace ? 1 : 0);
+    if (answer == SM_STATUS_SUCCESS) {
+      for (SMSDOConfig* const child : replaced) {
+        SMSDOConfigFree(child);
+      }
+    }
+    return detail::code(answer);
   }
   /// Adds an entry with the bytes of a number or another plain value.
   template <class T>
@@ -842,6 +868,21 @@ class record : public owner<SMSDOConfig, SMSDOConfigFree> {
       children.clear();
     }
     return detail::code(answer);
+  }
+
+  /// Adds the record that `bytes` holds as a child, or the records of an array as an array of
+  /// children. The block is copied. -> SMSDOBinaryToConfig, SMSDOConfigAddData
+  result<void> add_block(uint16_t id, block_view bytes, bool replace = false, uint8_t flags = 0) {
+    if (bytes.size() == 0) {
+      return status::invalid_parameter;
+    }
+    if (bytes.is_array()) {
+      return detail::code(SMSDOConfigAddData(
+          get(), id, static_cast<uint8_t>(SDO_TYPE_BINARY | SDO_TYPE_FLAG_ARRAY | (flags & 0xE0)),
+          bytes.data(), bytes.size(), replace ? 1 : 0));
+    }
+    result<record> child = from_block(bytes);
+    return child ? add_child(id, *child, replace, flags) : child.code();
   }
 
   /// The entry with this ID. -> SMSDOConfigGetDataByID
@@ -923,6 +964,22 @@ class record : public owner<SMSDOConfig, SMSDOConfigFree> {
     return SMSDOConfigCompareByValue(a.get(), b.get()) == 1;
   }
   friend bool operator!=(const record& a, const record& b) { return !(a == b); }
+
+ private:
+  static constexpr unsigned kBaseType = 0x0F;
+
+  /// The children that the entry with this ID holds; none when it holds something else.
+  [[nodiscard]] std::vector<SMSDOConfig*> children_at(uint16_t id) const {
+    uint8_t type = 0;
+    uint32_t size = 0;
+    const SMStatus asked = SMSDOConfigGetDataByID(get(), id, &type, nullptr, &size);
+    if (asked != SM_STATUS_BUFFER_TOO_SMALL || (type & kBaseType) != SDO_TYPE_CONFIG) {
+      return {};
+    }
+    std::vector<SMSDOConfig*> children(size / sizeof(SMSDOConfig*));
+    const SMStatus answer = SMSDOConfigGetDataByID(get(), id, nullptr, children.data(), &size);
+    return answer == SM_STATUS_SUCCESS ? children : std::vector<SMSDOConfig*>();
+  }
 };
 
 /// An array of blocks that grows. -> SMSDOBinaryArrayInitHeader, SMSDOBinaryArrayAddData
@@ -933,19 +990,23 @@ class block_array {
     (void)SMSDOBinaryArrayInitHeader(bytes_.data(), kHeaderSize);
   }
 
-  /// Appends a copy of a record's block. status::buffer_too_small: the array would have 65,536
-  /// bytes or more, and is as it was.
+  /// Appends a copy of a record's block, which may lie in this array. status::buffer_too_small: the
+  /// array would have 65,536 bytes or more, and is as it was.
   result<void> add(block_view element) {
     const uint32_t more = element.size();
     if (more == 0 || element.is_array()) {
       return status::invalid_parameter;
     }
-    const size_t before = bytes_.size();
-    // With room for the header of an array in any case, which the call asks for.
-    bytes_.resize(before + more + kHeaderSize);
-    auto room = static_cast<uint32_t>(bytes_.size());
-    const SMStatus answer = SMSDOBinaryArrayAddData(bytes_.data(), &room, element.data(), more);
-    bytes_.resize(answer == SM_STATUS_SUCCESS ? before + more : before);
+    // With room for the header of an array in any case, which the call asks for. A second vector,
+    // as the element may lie in the first.
+    block grown(bytes_.size() + more + kHeaderSize);
+    std::memcpy(grown.data(), bytes_.data(), bytes_.size());
+    auto room = static_cast<uint32_t>(grown.size());
+    const SMStatus answer = SMSDOBinaryArrayAddData(grown.data(), &room, element.data(), more);
+    if (answer == SM_STATUS_SUCCESS) {
+      grown.resize(bytes_.size() + more);
+      bytes_ = std::move(grown);
+    }
     return detail::code(answer);
   }
   [[nodiscard]] const block& bytes() const { return bytes_; }
@@ -956,19 +1017,23 @@ class block_array {
   block bytes_;
 };
 
-/// Gives the entry `id` of the block `bytes` another value; the block grows and shrinks with it.
-/// -> SMSDOBinarySetData
+/// Gives the entry `id` of the block `bytes` another value, which may lie in the block; the block
+/// grows and shrinks with it. After a failure it is as it was. -> SMSDOBinarySetData
 inline result<void> set_data(block& bytes, uint16_t id, uint8_t type, const void* data,
                              size_t size) {
   if (!detail::fits(size) || bytes.empty() || !detail::fits(bytes.size() + size + 16)) {
     return status::invalid_parameter;
   }
-  const size_t before = bytes.size();
-  bytes.resize(before + size + 16);
-  auto now = static_cast<uint32_t>(bytes.size());
+  // A second block, as the value may lie in the first.
+  block changed(bytes.size() + size + 16);
+  std::memcpy(changed.data(), bytes.data(), bytes.size());
+  auto now = static_cast<uint32_t>(changed.size());
   const SMStatus answer =
-      SMSDOBinarySetData(bytes.data(), &now, id, type, data, static_cast<uint32_t>(size));
-  bytes.resize(answer == SM_STATUS_SUCCESS ? now : before);
+      SMSDOBinarySetData(changed.data(), &now, id, type, data, static_cast<uint32_t>(size));
+  if (answer == SM_STATUS_SUCCESS) {
+    changed.resize(now);
+    bytes = std::move(changed);
+  }
   return detail::code(answer);
 }
 
@@ -1027,8 +1092,11 @@ class basic_list_entry : public owner<typename Family::entry, Family::entry_free
   using owner<typename Family::entry, Family::entry_free>::owner;
 
   /// An entry with `payload` bytes behind it, not cleared, at get()->data.
-  static result<basic_list_entry> create(uint32_t payload) {
-    return detail::made<basic_list_entry>(Family::entry_alloc(payload), status::no_memory);
+  static result<basic_list_entry> create(size_t payload) {
+    return detail::fits(payload)
+               ? detail::made<basic_list_entry>(Family::entry_alloc(static_cast<uint32_t>(payload)),
+                                                status::no_memory)
+               : status::invalid_parameter;
   }
 };
 
@@ -1222,10 +1290,18 @@ class hash_id {
   uint32_t id_ = 0;
 };
 
-/// A table that hands out the IDs from 1 on. Moving it leaves the IDs that it handed out good.
+/// A table that hands out the IDs from 1 on. It moves and does not copy: a copy would hand out the
+/// same IDs again. Moving it leaves the IDs that it handed out good; those of a table that another
+/// one is moved to must be gone.
 /// -> SMHashTableBytesNeeded, SMClearHashTable
 class hash_id_table {
  public:
+  hash_id_table(hash_id_table&&) noexcept = default;
+  hash_id_table& operator=(hash_id_table&&) noexcept = default;
+  hash_id_table(const hash_id_table&) = delete;
+  hash_id_table& operator=(const hash_id_table&) = delete;
+  ~hash_id_table() = default;
+
   /// For the IDs 1 to `most` at least.
   static result<hash_id_table> create(uint32_t most) {
     const uint32_t bytes = SMHashTableBytesNeeded(most);
@@ -1278,10 +1354,19 @@ inline result<uint32_t> crc32(std::string_view bytes) {
 }
 
 /// A message whose MD5 digest is computed, in the byte order of the host. What it knows of the
-/// message is cleared when it goes. -> SMRFC1321Load, SMRFC1321UnLoad
+/// message is cleared when it goes. One that was moved from begins a new message, and knows nothing
+/// of the old one. -> SMRFC1321Load, SMRFC1321UnLoad
 class md5 {
  public:
   md5() { SMRFC1321Load(&context_); }
+  md5(md5&& other) noexcept : context_(other.context_) { other.restart(); }
+  md5& operator=(md5&& other) noexcept {
+    if (this != &other) {
+      context_ = other.context_;
+      other.restart();
+    }
+    return *this;
+  }
   md5(const md5&) = delete;
   md5& operator=(const md5&) = delete;
   ~md5() { SMRFC1321UnLoad(&context_); }
@@ -1298,11 +1383,16 @@ class md5 {
   [[nodiscard]] std::string finish() {
     SMRFC1321ComputeMsgDigest(&context_);
     std::string digest(reinterpret_cast<const char*>(context_.digest), sizeof context_.digest);
-    SMRFC1321Load(&context_);
+    restart();
     return digest;
   }
 
  private:
+  void restart() {
+    SMRFC1321UnLoad(&context_);
+    SMRFC1321Load(&context_);
+  }
+
   SMRFC1321Context context_;
 };
 
@@ -1387,8 +1477,9 @@ inline result<void> set_thread_name(std::string_view name) {
 }
 
 /// Runs `body()` while no other thread of the process runs a body of the same type: each lambda is
-/// a section of its own. status::operation_failed when it did not run, as where the library has not
-/// started. -> SMCriticalSectionExecute
+/// a section of its own. A body that runs a body of its own type again waits for itself, for ever.
+/// status::operation_failed when it did not run, as where the library has not started.
+/// -> SMCriticalSectionExecute
 template <class Body>
 result<void> run_critical(Body& body) {
   struct call {
@@ -1411,7 +1502,8 @@ result<void> run_critical(Body& body) {
 
 // ---- Libraries and the environment --------------------------------------------------------------
 
-/// Owns one loading of a dynamic library. -> SMLibLoad, SMLibUnLoad
+/// Owns one loading of a dynamic library. Who lets go of it does not learn whether the loader
+/// refused: unload() tells. -> SMLibLoad, SMLibUnLoad
 class library : public owner<SMLib, detail::unload> {
  public:
   using owner::owner;
@@ -1432,6 +1524,14 @@ class library : public owner<SMLib, detail::unload> {
     void* const address = SMLibLinkToExportFN(get(), text.get());
     return address != nullptr ? result<Function*>(reinterpret_cast<Function*>(address))
                               : status::data_not_found;
+  }
+  /// Unloads it now; after a failure it is loaded as before. -> SMLibUnLoad
+  result<void> unload() {
+    const SMStatus answer = SMLibUnLoad(get());
+    if (answer == SM_STATUS_SUCCESS) {
+      (void)release();
+    }
+    return detail::code(answer);
   }
 };
 
@@ -1515,6 +1615,10 @@ inline result<std::string> environment(std::string_view name) {
 // tell why: status::operation_failed.
 
 /// Owns a handle on a mutex. -> SMMutexCreate_s, SMMutexDestroy
+///
+/// Keep one object for a name in a process, and share it among the threads: when any handle on that
+/// name goes, whatever this process has locked by that name is given back to other processes, also
+/// what a guard of another handle still holds.
 class mutex : public owner<SMMutex, SMMutexDestroy> {
  public:
   using owner::owner;
@@ -1538,8 +1642,10 @@ class mutex : public owner<SMMutex, SMMutexDestroy> {
   }
 };
 
-/// Owns a handle on a semaphore. The one that created it takes it away from everybody.
-/// -> SMSemaphoreCreate_s, SMSemaphoreDestroy
+/// Owns a handle on a semaphore. -> SMSemaphoreCreate_s, SMSemaphoreDestroy
+///
+/// Any handle of create(), also on a semaphore that existed, takes it away from everybody when it
+/// goes; a handle of open() does not. Let one process create, and the others open.
 class semaphore : public owner<SMSemaphore, SMSemaphoreDestroy> {
  public:
   using owner::owner;
@@ -1580,8 +1686,10 @@ enum class event_reset : int32_t {
   manual = 1      ///< it stays until it is reset
 };
 
-/// Owns a handle on an event. The one that created it takes it away from everybody.
-/// -> SMEventCreate_s, SMEventDestroy
+/// Owns a handle on an event. -> SMEventCreate_s, SMEventDestroy
+///
+/// Any handle of create(), also on an event that existed, takes it away from everybody when it
+/// goes; a handle of open() does not. Let one process create, and the others open.
 class event : public owner<SMEvent, SMEventDestroy> {
  public:
   using owner::owner;
@@ -1968,7 +2076,8 @@ class property_file {
 
 // ---- Logs ---------------------------------------------------------------------------------------
 
-/// An event for the family's own logs.
+/// An event for the family's own logs. Texts for SM_LOG_XML must hold no markup: they go into that
+/// log as they are, so give them through escape_xml(), and the other logs the plain ones.
 struct log_event {
   uint16_t type = SM_EVENT_INFORMATION;  ///< an SM_EVENT_ value
   uint16_t category = 1;                 ///< 1 to 6
@@ -1978,7 +2087,8 @@ struct log_event {
   std::string_view data = {};  ///< bytes, which may hold a NUL
 };
 
-/// Appends an event to each log that `logs` names, a sum of SM_LOG_ bits. -> SMAppendToLog
+/// Appends an event to each log that `logs` names, a sum of SM_LOG_ bits. Source and description of
+/// an event for SM_LOG_XML must hold no markup, see log_event. -> SMAppendToLog
 inline result<void> append_to_log(uint32_t logs, const log_event& event) {
   const detail::c_text source(event.source);
   const detail::c_text description(event.description);
@@ -2036,8 +2146,12 @@ class xml_buffer : public owner<SMXGBuf, SMXGBufFree> {
  public:
   using owner::owner;
 
-  static result<xml_buffer> create(bool declaration = false, uint32_t capacity = 0) {
-    return detail::made<xml_buffer>(SMXGBufAlloc(capacity, declaration ? 1 : 0), status::no_memory);
+  static result<xml_buffer> create(bool declaration = false, size_t capacity = 0) {
+    return detail::fits(capacity)
+               ? detail::made<xml_buffer>(
+                     SMXGBufAlloc(static_cast<uint32_t>(capacity), declaration ? 1 : 0),
+                     status::no_memory)
+               : status::invalid_parameter;
   }
   /// Appends a start tag, with the attributes that another buffer holds; an end tag; an empty
   /// element. -> SMXGBufCatBeginNode, SMXGBufCatEndNode, SMXGBufCatEmptyNode
@@ -2122,8 +2236,8 @@ inline result<std::string> host_name() {
       [](char* buffer, uint32_t* size) { return SMGetIPHostName(buffer, size); });
 }
 
-/// The address that a text of a family, SM_INET_FAMILY_, names: 4 or 16 bytes in network byte order.
-/// -> SMInetAddrUTF8ToNetwork
+/// The address that a text of a family, SM_INET_FAMILY_, names: 4 or 16 bytes in network byte
+/// order. -> SMInetAddrUTF8ToNetwork
 inline result<std::string> parse_address(uint32_t family, std::string_view text) {
   const detail::c_text terminated(text);
   char bytes[16];

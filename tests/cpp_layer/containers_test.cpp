@@ -1,7 +1,10 @@
 // Lists, the tree, IDs and digests.
 
 #include <cstring>
+#include <limits>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -76,6 +79,10 @@ TYPED_TEST(Lists, KeepAnOrderAndRefuseEquals) {
   }
 }
 
+TYPED_TEST(Lists, HaveNoEntriesOf4GiB) {
+  EXPECT_FALSE(TypeParam::entry::create(std::numeric_limits<size_t>::max()));
+}
+
 TYPED_TEST(Lists, OfNothingLeaveTheEntryToItsCaller) {
   TypeParam list;
   auto entry = number<TypeParam>(1);
@@ -126,6 +133,25 @@ TEST(Tree, MovesItsNodesAndFreesThemOnce) {
   SMRedBlackTreeDelete(&root, nullptr, nullptr);
 }
 
+TEST(Tree, FreesItsNodesWhenAnotherIsMovedToIt) {
+  Fan fans[] = {{3, "c"}, {1, "a"}};
+  kqsupt::tree<Fan> tree;
+  ASSERT_TRUE(tree.insert(fans[0], 3, by_slot));
+  kqsupt::tree<Fan> other;
+  ASSERT_TRUE(other.insert(fans[1], 1, by_slot));
+  tree = std::move(other);
+  EXPECT_EQ(tree.find(3, by_slot), nullptr);
+  EXPECT_EQ(tree.find(1, by_slot), &fans[1]);
+  EXPECT_TRUE(other.empty());
+}
+
+TEST(HashIds, AreOfATableThatOnlyMoves) {
+  EXPECT_FALSE(std::is_copy_constructible_v<kqsupt::hash_id_table>);
+  EXPECT_FALSE(std::is_copy_assignable_v<kqsupt::hash_id_table>);
+  EXPECT_TRUE(std::is_nothrow_move_constructible_v<kqsupt::hash_id_table>);
+  EXPECT_TRUE(std::is_nothrow_move_assignable_v<kqsupt::hash_id_table>);
+}
+
 TEST(HashIds, AreInUseWhileTheyAreHeld) {
   auto table = kqsupt::hash_id_table::create(100);
   ASSERT_TRUE(table);
@@ -168,6 +194,24 @@ TEST(Digests, AreThoseOfTheLibrary) {
   EXPECT_EQ(digest, second.finish());
   ASSERT_TRUE(first.add("fan"));
   EXPECT_EQ(first.finish(), digest);
+}
+
+TEST(Digests, MoveWithTheirMessage) {
+  EXPECT_FALSE(std::is_copy_constructible_v<kqsupt::md5>);
+  kqsupt::md5 whole;
+  ASSERT_TRUE(whole.add("fan"));
+  const std::string digest = whole.finish();
+  kqsupt::md5 first;
+  ASSERT_TRUE(first.add("f"));
+  kqsupt::md5 second(std::move(first));
+  ASSERT_TRUE(second.add("an"));
+  ASSERT_TRUE(first.add("fan"));
+  EXPECT_EQ(first.finish(), digest);
+  ASSERT_TRUE(first.add("disk"));
+  first = std::move(second);
+  EXPECT_EQ(first.finish(), digest);
+  ASSERT_TRUE(second.add("fan"));
+  EXPECT_EQ(second.finish(), digest);
 }
 
 TEST(Base64, TakesAnyBytes) {

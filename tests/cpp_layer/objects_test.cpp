@@ -8,12 +8,14 @@
 
 #include "gtest/gtest.h"
 #include "kqsupt.hpp"
+#include "os/libraries.h"
 
 namespace {
 
 using kqsupt::event;
 using kqsupt::event_reset;
 using kqsupt::status;
+using kqsupt::tests::WithLibraries;
 
 TEST(Mutex, IsHeldWhileTheGuardLives) {
   kqsupt::mutex mutex = *kqsupt::mutex::create();
@@ -108,7 +110,7 @@ TEST(SharedMemory, IsFoundByNameAndFreedOnce) {
 
 TEST(RwLock, LetsReadersInTogetherAndAWriterAlone) {
   kqsupt::rw_lock lock = *kqsupt::rw_lock::create();
-  bool wrote = false;
+  std::atomic<bool> wrote{false};
   auto first = lock.read();
   auto second = lock.read();
   ASSERT_TRUE(first && second);
@@ -123,6 +125,28 @@ TEST(RwLock, LetsReadersInTogetherAndAWriterAlone) {
   ASSERT_TRUE(writer->stop());
   EXPECT_TRUE(wrote);
   EXPECT_TRUE(lock.read());
+}
+
+TEST(RwLock, KeepsReadersOutWhileTheWritersGuardLives) {
+  kqsupt::rw_lock lock = *kqsupt::rw_lock::create();
+  std::atomic<bool> is_written{false};
+  std::atomic<bool> reads{false};
+  std::atomic<bool> read_what_was_written{false};
+  auto writer = lock.write();
+  ASSERT_TRUE(writer);
+  auto reader = kqsupt::thread::start([&] {
+    reads = true;
+    const auto held = lock.read();
+    read_what_was_written = held && is_written;
+  });
+  ASSERT_TRUE(reader);
+  while (!reads) {
+    SMThreadYield();
+  }
+  is_written = true;
+  writer->unlock();
+  ASSERT_TRUE(reader->stop());
+  EXPECT_TRUE(read_what_was_written);
 }
 
 TEST(CriticalSection, RunsItsBody) {
@@ -166,6 +190,49 @@ TEST(Library, GivesFunctionsByTheirType) {
   EXPECT_EQ((*major)(), 1U);
   EXPECT_EQ(library->function<int()>("no such function").code(), status::data_not_found);
   EXPECT_FALSE(kqsupt::library::load("/no/such/library"));
+}
+
+TEST_F(WithLibraries, ALibraryIsUnloadedOnceWithItsOwner) {
+  {
+    auto library = kqsupt::library::load(counted_);
+    ASSERT_TRUE(library);
+    const kqsupt::library moved = *std::move(library);
+    EXPECT_EQ(loads(), "+");
+  }
+  EXPECT_EQ(loads(), "+-");
+}
+
+TEST_F(WithLibraries, ALibraryIsUnloadedOnceWhenAsked) {
+  {
+    auto library = kqsupt::library::load(counted_);
+    ASSERT_TRUE(library);
+    ASSERT_TRUE(library->unload());
+    EXPECT_EQ(loads(), "+-");
+    EXPECT_FALSE(*library);
+    EXPECT_EQ(library->unload().code(), status::invalid_parameter);
+  }
+  EXPECT_EQ(loads(), "+-");
+}
+
+TEST_F(WithLibraries, ASharedLibraryWaitsForItsLastUser) {
+  auto first = kqsupt::shared_library::use("first", counted_);
+  auto second = kqsupt::shared_library::use("second", counted_);
+  ASSERT_TRUE(first && second);
+  first->reset();
+  EXPECT_EQ(loads(), "+");
+  EXPECT_TRUE(second->function<int()>("answer"));
+  second->reset();
+  EXPECT_EQ(loads(), "+-");
+}
+
+TEST_F(WithLibraries, ASharedLibraryEndsItsUseWhenAnotherIsMovedToIt) {
+  auto counted = kqsupt::shared_library::use("layer", counted_);
+  ASSERT_TRUE(counted);
+  auto other = kqsupt::shared_library::use("layer", KQSUPT_LIB_DIR "/libkqsupt.so.9");
+  ASSERT_TRUE(other);
+  *counted = *std::move(other);
+  EXPECT_EQ(loads(), "+-");
+  EXPECT_TRUE(counted->function<uint32_t()>("SUPTGetMajorVersion"));
 }
 
 TEST(SharedLibrary, EndsItsUseOnce) {

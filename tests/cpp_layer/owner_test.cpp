@@ -1,6 +1,10 @@
 // Owners and guards release what they have once. That the real ones leave nothing behind is told by
 // the leak checker.
 
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -174,6 +178,30 @@ TEST(SizedStrings, OwnTheirBuffer) {
   EXPECT_STREQ(raw.content, "fan speed");
   SMSSUTF8StrFree(&raw);
   EXPECT_EQ(kqsupt::utf8_buffer::create(0).code(), kqsupt::status::invalid_parameter);
+}
+
+TEST(SizedStrings, FreeTheirBufferWhenAnotherIsMovedToThem) {
+  kqsupt::utf8_buffer text = *kqsupt::utf8_buffer::create(4);
+  kqsupt::utf8_buffer other = *kqsupt::utf8_buffer::create(4);
+  ASSERT_TRUE(text.append("fan"));
+  ASSERT_TRUE(other.append("disk"));
+  text = std::move(other);
+  EXPECT_EQ(text.view(), "disk");
+  EXPECT_EQ(other.view(), "");
+  kqsupt::ucs2_buffer wide = *kqsupt::ucs2_buffer::create(4);
+  kqsupt::ucs2_buffer other_wide = *kqsupt::ucs2_buffer::create(4);
+  ASSERT_TRUE(wide.append(u"fan"));
+  ASSERT_TRUE(other_wide.append(u"disk"));
+  wide = std::move(other_wide);
+  EXPECT_EQ(wide.text(), u"disk");
+  EXPECT_EQ(other_wide.text(), u"");
+}
+
+TEST(SizedStrings, HaveNoBufferOf4GiB) {
+  constexpr size_t kMost = std::numeric_limits<size_t>::max();
+  EXPECT_FALSE(kqsupt::utf8_buffer::create(kMost));
+  EXPECT_FALSE(kqsupt::ucs2_buffer::create(kMost));
+  EXPECT_FALSE(kqsupt::xml_buffer::create(false, kMost));
 }
 
 TEST(SizedStrings, OfUcs2TextOwnTheirs) {

@@ -60,6 +60,83 @@ TEST(Record, ReplacesAndRemoves) {
   EXPECT_EQ(made.count().value_or(9), 0U);
 }
 
+TEST(Record, FreesAChildThatAnotherValueReplaces) {
+  record parent = *record::create();
+  record child = sensor("inlet", 24);
+  ASSERT_TRUE(parent.add_child(1, child, false, 0x40));
+  std::vector<record> children;
+  children.push_back(sensor("inlet", 24));
+  children.push_back(sensor("outlet", 31));
+  ASSERT_TRUE(parent.add_children(2, children));
+  ASSERT_TRUE(parent.add_value(1, 1, uint32_t{1}, true));
+  ASSERT_TRUE(parent.add_text(2, 3, "none", true));
+  EXPECT_EQ(parent.value<uint32_t>(1).value_or(0), 1U);
+  EXPECT_EQ(parent.text(2).value_or(""), "none");
+}
+
+TEST(Record, KeepsAChildThatCouldNotBeReplaced) {
+  record parent = *record::create();
+  record child = sensor("inlet", 24);
+  ASSERT_TRUE(parent.add_child(1, child));
+  EXPECT_EQ(parent.add_value(1, 1, uint32_t{1}).code(), status::already_exists);
+  const std::vector<char> bytes(65536);
+  EXPECT_EQ(parent.add(1, 1, bytes.data(), bytes.size(), true).code(), status::out_of_space);
+  const auto lent = parent.child(1);
+  ASSERT_TRUE(lent);
+  EXPECT_EQ(SMSDOConfigGetCount(*lent), 2U);
+}
+
+TEST(Record, TakesTheRecordOfABlockAsAChild) {
+  const block inlet = *sensor("inlet", 24).to_block();
+  record parent = *record::create();
+  ASSERT_TRUE(parent.add_block(1, block_view(inlet)));
+  const auto child = parent.child(1);
+  ASSERT_TRUE(child);
+  EXPECT_EQ(SMSDOConfigGetCount(*child), 2U);
+  ASSERT_TRUE(parent.add_block(1, block_view(inlet), true));
+  kqsupt::block_array array;
+  ASSERT_TRUE(array.add(block_view(inlet)));
+  ASSERT_TRUE(array.add(block_view(inlet)));
+  ASSERT_TRUE(parent.add_block(2, array.view(), false, 0x20));
+  EXPECT_EQ(parent.find(2)->type, SDO_TYPE_CONFIG | SDO_TYPE_FLAG_ARRAY | 0x20);
+  EXPECT_EQ(parent.find(2)->value.size(), 2 * sizeof(void*));
+}
+
+TEST(Record, LosesNothingWhenABlockCannotBeAdded) {
+  const block inlet = *sensor("inlet", 24).to_block();
+  kqsupt::block_array array;
+  ASSERT_TRUE(array.add(block_view(inlet)));
+  record parent = sensor("outlet", 31);
+  EXPECT_EQ(parent.add_block(1, block_view(inlet)).code(), status::already_exists);
+  EXPECT_EQ(parent.add_block(1, array.view()).code(), status::already_exists);
+  EXPECT_EQ(parent.add_block(0, block_view(inlet), true).code(), status::invalid_parameter);
+  EXPECT_EQ(parent.add_block(3, block_view(nullptr)).code(), status::invalid_parameter);
+  EXPECT_EQ(parent.add(3, SDO_TYPE_BINARY, inlet.data(), inlet.size()).code(),
+            status::invalid_parameter);
+  EXPECT_TRUE(parent == sensor("outlet", 31));
+}
+
+TEST(Record, CountsItsBlockAnew) {
+  record made = sensor("inlet", 24);
+  const uint32_t size = made.binary_size();
+  // A value of 4 bytes lies in its record, and counts in full here.
+  EXPECT_EQ(made.recalculate_binary_size(), size + 4);
+  EXPECT_EQ(made.binary_size(), size + 4);
+}
+
+TEST(Record, GivesTextsOfAnyLength) {
+  const std::string text(60000, 'x');
+  record made = *record::create();
+  ASSERT_TRUE(made.add_text(1, 3, text));
+  EXPECT_EQ(made.text(1).value_or(""), text);
+  const block bytes = *made.to_block();
+  EXPECT_EQ(block_view(bytes).text(1).value_or(""), text);
+  EXPECT_EQ(block_view(bytes).at(0)->text(), text);
+  kqsupt::block_array array;
+  ASSERT_TRUE(array.add(block_view(bytes)));
+  EXPECT_EQ(array.view().element(0).value_or({}), bytes);
+}
+
 TEST(Record, OfNothingAnswersInvalidParameter) {
   record none;
   EXPECT_EQ(none.count().code(), status::invalid_parameter);
@@ -171,6 +248,26 @@ TEST(Block, ChangesItsSizeWithAValue) {
   const block before = bytes;
   EXPECT_EQ(kqsupt::set_data(bytes, 9, 3, "x", 1).code(), status::data_not_found);
   EXPECT_EQ(bytes, before);
+}
+
+TEST(Block, TakesAValueThatLiesInsideIt) {
+  block bytes = *sensor("inlet", 24).to_block();
+  const block before = bytes;
+  ASSERT_TRUE(kqsupt::set_data(bytes, 1, 3, bytes.data(), bytes.size()));
+  EXPECT_EQ(block_view(bytes).size(), bytes.size());
+  EXPECT_EQ(block_view(bytes).find(1)->value, before);
+  EXPECT_EQ(block_view(bytes).value<uint32_t>(2).value_or(0), 24U);
+}
+
+TEST(BlockArray, TakesAnElementThatLiesInsideIt) {
+  const block inlet = *sensor("inlet", 24).to_block();
+  kqsupt::block_array array;
+  ASSERT_TRUE(array.add(block_view(inlet)));
+  for (int i = 0; i < 4; ++i) {
+    ASSERT_TRUE(array.add(block_view(array.bytes().data() + 8)));
+  }
+  EXPECT_EQ(array.view().count().value_or(0), 5U);
+  EXPECT_EQ(array.view().element(4).value_or({}), inlet);
 }
 
 TEST(BlockArray, GivesBackItsElements) {

@@ -1,9 +1,10 @@
-// The header alone, first and without anything before it.
+// The layer in a unit without exceptions and run-time type information, its header before any other:
+// it needs none before it.
 #include "kqsupt.hpp"
 // The tests' own.
 #include "second_unit.h"
 
-// Every class template of the header is compiled here, whole.
+// Templates whose every member is compiled here, whether it is used or not.
 template class kqsupt::result<std::string>;
 template class kqsupt::result<uint32_t>;
 template class kqsupt::owner<SMEvent, SMEventDestroy>;

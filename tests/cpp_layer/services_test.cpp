@@ -1,10 +1,20 @@
 // Text, files, logs and what the host is asked for.
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "gtest/gtest.h"
+#include "ipc/named.h"
 #include "kqsupt.hpp"
 #include "support/scratch.h"
 
@@ -35,6 +45,43 @@ TEST(Text, WithANulIsRefused) {
   EXPECT_EQ(kqsupt::ini_file(kWithNul).text("s", "k").code(), status::invalid_parameter);
   EXPECT_EQ(kqsupt::escape_xml(kWithNul).code(), status::invalid_parameter);
   EXPECT_EQ(kqsupt::log_rotated(kWithNul, "/tmp/x", 1, 1, 0).code(), status::invalid_parameter);
+}
+
+// Memory of zeros that is never touched; null where an address space has no room for it.
+class Zeros {
+ public:
+  explicit Zeros(size_t size)
+      : size_(size),
+        at_(mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {}
+  ~Zeros() {
+    if (at_ != MAP_FAILED) {
+      munmap(at_, size_);
+    }
+  }
+  Zeros(const Zeros&) = delete;
+  Zeros& operator=(const Zeros&) = delete;
+
+  [[nodiscard]] const void* get() const { return at_ != MAP_FAILED ? at_ : nullptr; }
+
+ private:
+  size_t size_;
+  void* at_;
+};
+
+// The texts hold NULs, too, and would take long to be looked through.
+TEST(Text, WhoseConversionCouldNotBeCountedIsRefused) {
+  constexpr size_t kMost = std::numeric_limits<uint32_t>::max();
+  const Zeros zeros(kMost / 2 + 1);
+  if (zeros.get() == nullptr) {
+    GTEST_SKIP() << "such a text does not exist here";
+  }
+  EXPECT_EQ(
+      kqsupt::to_ucs2(std::string_view(static_cast<const char*>(zeros.get()), kMost / 2)).code(),
+      status::invalid_parameter);
+  EXPECT_EQ(
+      kqsupt::to_utf8(std::u16string_view(static_cast<const char16_t*>(zeros.get()), kMost / 4))
+          .code(),
+      status::invalid_parameter);
 }
 
 TEST(Text, IsTakenUpToTheEndOfTheView) {
@@ -105,6 +152,70 @@ TEST(PropertyFile, ReadsAndWrites) {
   EXPECT_EQ(file.text("speed").code(), status::key_not_found);
 }
 
+TEST(PropertyFile, GivesBackEveryTypeThatItWasGiven) {
+  const Scratch scratch;
+  put(scratch.file("a.properties"), "u64=0\ns64=0\ndouble=0\non=TRUE\n");
+  kqsupt::property_file file(scratch.file("a.properties"));
+  ASSERT_TRUE(file.set("u64", uint64_t{1} << 63));
+  ASSERT_TRUE(file.set("s64", int64_t{-1} * (int64_t{1} << 40)));
+  ASSERT_TRUE(file.set("double", 2.5));
+  ASSERT_TRUE(file.set("on", false));
+  EXPECT_EQ(file.value<uint64_t>("u64").value_or(0), uint64_t{1} << 63);
+  EXPECT_EQ(file.value<int64_t>("s64").value_or(0), int64_t{-1} * (int64_t{1} << 40));
+  EXPECT_EQ(file.value<double>("double").value_or(0), 2.5);
+  EXPECT_FALSE(file.value<bool>("on").value_or(true));
+}
+
+// Calls `body()` while another process holds the lock of the file.
+template <class Body>
+void while_locked(const std::string& path, Body body) {
+  int ready[2];
+  int let_go[2];
+  ASSERT_EQ(pipe(ready), 0);
+  ASSERT_EQ(pipe(let_go), 0);
+  const std::string lock_file = kqsupt::tests::lock_file_of_path(path);
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(60);
+    close(let_go[1]);
+    const int file = open(lock_file.c_str(), O_RDWR | O_CREAT, 0666);
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    char byte = 'x';
+    const bool held =
+        file >= 0 && fcntl(file, F_SETLK, &lock) == 0 && write(ready[1], &byte, 1) == 1;
+    close(ready[1]);
+    _exit(held && read(let_go[0], &byte, 1) == 0 ? 0 : 1);
+  }
+  close(ready[1]);
+  close(let_go[0]);
+  char byte;
+  EXPECT_EQ(read(ready[0], &byte, 1), 1) << "the lock cannot be held";
+  body();
+  close(ready[0]);
+  close(let_go[1]);
+  int ended = 1;
+  waitpid(child, &ended, 0);
+  EXPECT_EQ(ended, 0);
+}
+
+TEST(LockedFiles, AreNotWaitedForWhenToldSo) {
+  const Scratch scratch;
+  put(scratch.file("a.properties"), "slot=4\n");
+  while_locked(scratch.file("a.properties"), [&] {
+    kqsupt::property_file file(scratch.file("a.properties"), false);
+    EXPECT_EQ(file.value<uint32_t>("slot").code(), status::timeout);
+    EXPECT_EQ(file.set("slot", 5).code(), status::timeout);
+  });
+  put(scratch.file("a.ini"), "[fan]\nslot=4\n");
+  while_locked(scratch.file("a.ini"), [&] {
+    kqsupt::ini_file file(scratch.file("a.ini"), false);
+    EXPECT_EQ(file.value<uint32_t>("fan", "slot").code(), status::timeout);
+    EXPECT_EQ(file.set("fan", "slot", 5).code(), status::timeout);
+  });
+}
+
 TEST(Paths, AreThoseOfTheRegistry) {
   const std::string install = std::string(std::getenv("KQSUPT_SANDBOX")) + "/install/nurb";
   EXPECT_EQ(kqsupt::product_path(44, SM_PATH_TYPE_INSTALL).value_or(""), install);
@@ -126,6 +237,10 @@ TEST(Files, AreCopiedAndDeleted) {
   ASSERT_TRUE(kqsupt::append_file(scratch.file("a"), scratch.file("b"), false));
   EXPECT_EQ(content_of(scratch.file("b")), "fanfan");
   EXPECT_EQ(kqsupt::size_of_file(scratch.file("b")).value_or(0), 6U);
+  EXPECT_EQ(kqsupt::append_file(scratch.file("a"), scratch.file("c"), false).code(),
+            status::file_not_found);
+  ASSERT_TRUE(kqsupt::append_file(scratch.file("a"), scratch.file("c"), true));
+  EXPECT_EQ(content_of(scratch.file("c")), "fan");
   EXPECT_TRUE(kqsupt::delete_file(scratch.file("b")));
   EXPECT_EQ(kqsupt::size_of_file(scratch.file("b")).code(), status::system_refused);
 }
@@ -158,6 +273,9 @@ TEST(FileWatch, OwnsItsHandle) {
   auto watch = kqsupt::file_watch::create(scratch.file("a"));
   ASSERT_TRUE(watch);
   EXPECT_FALSE(watch->modified());
+  const timespec times[2] = {{1000, 0}, {1000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, scratch.file("a").c_str(), times, 0), 0);
+  EXPECT_TRUE(watch->modified());
   EXPECT_FALSE(kqsupt::file_watch::create(scratch.file("b")));
 }
 
@@ -209,6 +327,7 @@ TEST(XmlBuffer, BuildsTextAndGivesItOut) {
   EXPECT_EQ(xml.take(), "");
   EXPECT_EQ(xml.begin("x").code(), status::invalid_parameter);
   EXPECT_EQ(kqsupt::escape_xml("a&b", 2).value_or(""), "a&amp;amp;b");
+  EXPECT_EQ(kqsupt::escape_xml("a&b", 0).code(), status::invalid_parameter);
 }
 
 TEST(Host, IsAskedFor) {

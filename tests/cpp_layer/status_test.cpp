@@ -1,5 +1,8 @@
 // Statuses as error codes, and results.
 
+#include <fstream>
+#include <map>
+#include <regex>
 #include <set>
 #include <string>
 #include <system_error>
@@ -8,6 +11,7 @@
 #include "gtest/gtest.h"
 #include "kqsupt.hpp"
 #include "second_unit.h"
+#include "support/scratch.h"
 
 namespace {
 
@@ -45,6 +49,43 @@ TEST(Status, EachHasAMessageOfItsOwn) {
     EXPECT_NE(message.substr(0, 7), "status ") << number;
     EXPECT_TRUE(messages.insert(message).second) << message;
   }
+}
+
+bool has_message(const std::string& number) {
+  const auto code = static_cast<status>(std::stoul(number, nullptr, 0));
+  return std::error_code(code).message().substr(0, 7) != "status ";
+}
+
+// The statuses that the C interface names, and their numbers.
+std::map<std::string, std::string> named_statuses() {
+  const std::string header = kqsupt::tests::content_of(KQSUPT_SOURCE_DIR "/include/kqsupt/frame.h");
+  const std::regex name("(SM_STATUS_[A-Z_]+) = (0x[0-9A-F]+|[0-9]+)");
+  std::map<std::string, std::string> statuses;
+  for (std::sregex_iterator found(header.begin(), header.end(), name), end; found != end; ++found) {
+    statuses[(*found)[1]] = (*found)[2];
+  }
+  return statuses;
+}
+
+TEST(Status, HasAMessageForEachThatTheHeaderNames) {
+  const auto statuses = named_statuses();
+  EXPECT_EQ(statuses.size(), 22U);
+  for (const auto& [name, number] : statuses) {
+    EXPECT_TRUE(has_message(number)) << name;
+  }
+}
+
+TEST(Status, HasAMessageForEachThatAFunctionCanAnswer) {
+  const auto statuses = named_statuses();
+  std::ifstream rows(KQSUPT_SOURCE_DIR "/docs/statuses.txt");
+  std::string function;
+  std::string answer;
+  int count = 0;
+  for (; rows >> function >> answer; ++count) {
+    const auto named = statuses.find(answer);
+    EXPECT_TRUE(has_message(named != statuses.end() ? named->second : answer)) << answer;
+  }
+  EXPECT_GT(count, 300);
 }
 
 TEST(Status, AnUnknownOneIsToldByItsNumber) {

@@ -105,6 +105,19 @@ TEST(HostCheck, MissesTheDirectoryOfNamedObjects) {
       << outcome.out;
 }
 
+TEST(HostCheck, SaysWhatMayNotBeWrittenTo) {
+  const Outcome outcome = check_host_after(
+      "cd \"$KQSUPT_SANDBOX/install/Quillance\"; for name in ini log; do "
+      "mount --bind $name $name && mount -o remount,bind,ro $name; done");
+  EXPECT_EQ(outcome.exit_status, 1) << outcome.err;
+  EXPECT_NE(outcome.out.find("directory of INI files: this user may not write there\n"),
+            std::string::npos)
+      << outcome.out;
+  EXPECT_NE(outcome.out.find("directory of logs: this user may not write there\n"),
+            std::string::npos)
+      << outcome.out;
+}
+
 TEST(HostCheck, MissesTheDirectoryOfLogs) {
   const Outcome outcome = check_host_after("rm -r \"$KQSUPT_SANDBOX/install/Quillance/log\"");
   EXPECT_EQ(outcome.exit_status, 1);

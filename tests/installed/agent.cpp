@@ -1,36 +1,48 @@
-// An agent in C++, built from the installed files alone: a record, a named mutex and an event.
-#include <kqsupt.h>
-#if __has_include(<kqsupt.hpp>)
-#include <kqsupt.hpp>
-#endif
-
+// An agent in C++, built from the installed files alone: a record, its block, a named mutex and an
+// event.
+#include <cstdint>
 #include <cstdio>
-#include <memory>
+#include <kqsupt.hpp>
+#include <system_error>
 
 namespace {
 
-struct Release {
-  void operator()(SMSDOConfig* record) const { SMSDOConfigFree(record); }
-  void operator()(SMMutex* mutex) const { SMMutexDestroy(mutex); }
-};
+std::error_code run() {
+  auto sensor = kqsupt::record::create();
+  auto mutex = kqsupt::mutex::create("installed-agent");
+  if (!sensor || !mutex) {
+    return !sensor ? sensor.error() : mutex.error();
+  }
+  if (const auto added = sensor->add_value(1, 1, uint32_t{24}); !added) {
+    return added.error();
+  }
+  const auto block = sensor->to_block();
+  const auto held = mutex->lock();
+  if (!block || !held) {
+    return !block ? block.error() : held.error();
+  }
+  const auto celsius = kqsupt::block_view(*block).value<uint32_t>(1);
+  if (!celsius) {
+    return celsius.error();
+  }
+  kqsupt::log_event event;
+  event.id = 1;
+  event.source = "agent";
+  event.description = "started";
+  if (const auto logged = kqsupt::append_to_log(SM_LOG_TEXT, event); !logged) {
+    return logged.error();
+  }
+  std::printf("%u degrees\n", static_cast<unsigned>(*celsius));
+  return {};
+}
 
 }  // namespace
 
 int main() {
-  const uint32_t celsius = 24;
-  unsigned char block[256];
-  uint32_t size = sizeof block, number = 0, number_size = sizeof number;
-  const std::unique_ptr<SMSDOConfig, Release> sensor(SMSDOConfigAlloc());
-  const std::unique_ptr<SMMutex, Release> mutex(SMMutexCreate("installed-agent"));
-  if (!sensor || !mutex || SMMutexLock(mutex.get(), -1) != SM_STATUS_SUCCESS ||
-      SMSDOConfigAddData(sensor.get(), 1, 1, &celsius, sizeof celsius, 0) != SM_STATUS_SUCCESS ||
-      SMSDOConfigToBinary(sensor.get(), block, &size) != SM_STATUS_SUCCESS ||
-      SMSDOBinaryGetDataByID(block, 1, nullptr, &number, &number_size) != SM_STATUS_SUCCESS ||
-      SMAppendToLog(SM_LOG_TEXT, SM_EVENT_INFORMATION, 1, 1, "agent", "started", nullptr, 0) !=
-          SM_STATUS_SUCCESS) {
+  const std::error_code error = run();
+  if (error) {
+    std::fprintf(stderr, "agent: %s\n", error.message().c_str());
     return 1;
   }
-  SMMutexUnLock(mutex.get());
-  std::printf("%u degrees\n", number);
   return 0;
 }
