@@ -3,7 +3,8 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-# The manual pages of the functions are made from the headers by `make docs`, and installed when made.
+# The manual pages of the functions are made from the headers by `make docs`, and installed when made;
+# the packages always have them.
 set(KQSUPT_MAN3_DIR ${PROJECT_SOURCE_DIR}/build/docs/man/man3 CACHE PATH
     "Where the manual pages of the functions are")
 
@@ -24,7 +25,13 @@ install(DIRECTORY ${KQSUPT_MAN3_DIR}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man3
 install(CODE "
   set(prefix \"\${CMAKE_INSTALL_PREFIX}\")
   set(libdir \"${CMAKE_INSTALL_LIBDIR}\")
+  if(NOT IS_ABSOLUTE \"\${libdir}\")
+    string(PREPEND libdir \"\\\${exec_prefix}/\")
+  endif()
   set(includedir \"${CMAKE_INSTALL_INCLUDEDIR}\")
+  if(NOT IS_ABSOLUTE \"\${includedir}\")
+    string(PREPEND includedir \"\\\${prefix}/\")
+  endif()
   set(description \"${PROJECT_DESCRIPTION}\")
   set(version \"${PROJECT_VERSION}\")
   configure_file(\"${PROJECT_SOURCE_DIR}/cmake/kqsupt.pc.in\"
