@@ -48,27 +48,6 @@ std::string type_text(uint16_t type) {
   return name.empty() ? std::to_string(type) : std::string(name);
 }
 
-// JSON without the control characters that its own rules leave as they are.
-std::string dump(const ordered_json& object) {
-  const std::string text = object.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
-  std::string safe;
-  safe.reserve(text.size());
-  for (size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\0');
-    const bool is_control = byte == 0xC2 && next < 0xA0;
-    if (is_control || byte == 0x7F) {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\u%04x", is_control ? next : byte);
-      safe += escaped;
-      i += is_control ? 1 : 0;
-    } else {
-      safe += text[i];
-    }
-  }
-  return safe;
-}
-
 }  // namespace
 
 void append_printable(std::string& out, std::string_view text) {
@@ -152,7 +131,7 @@ void LogPrinter::print_json(const LogEvent& event) {
   }
   object["description"] = event.description;
   object["data"] = in_hex(event.data);
-  add_object(dump(object));
+  add_object(json_text(object, -1));
 }
 
 void LogPrinter::add_object(const std::string& object) {
@@ -185,7 +164,7 @@ void LogPrinter::add_damage(const Place& place) {
   object["offset"] = place.damage.offset;
   object["bytes"] = place.damage.size;
   object["damage"] = place.damage.reason;
-  add_object(dump(object));
+  add_object(json_text(object, -1));
 }
 
 void LogPrinter::tell(const Place& place) {
@@ -210,7 +189,7 @@ void LogPrinter::finish() {
       ordered_json object;
       object["damage"] = "more places";
       object["count"] = damages_ - places_.size();
-      add_object(dump(object));
+      add_object(json_text(object, -1));
     }
     out_ += has_objects_ ? "\n]\n" : "[]\n";
   }
