@@ -21,6 +21,7 @@
 #include "text/calendar.h"
 #include "text/conversion.h"
 #include "text/sized_string_convert.h"
+#include "text/text_builder.h"
 
 namespace kqsupt::log {
 namespace {
@@ -120,9 +121,14 @@ class Record {
         "\r\nCategory: ",      category, "\r\n",           type,
         "Date and Time: ",     calendar, "\r\nComputer: ", name_of_host(host),
         "\r\nDescription:\r\n"};
+    // One long text is converted sooner than many short ones.
+    text::TextBuilder lines(1024);
     for (const char* part : parts) {
-      add(part, &status);
+      if (!lines.append(part)) {
+        return SM_STATUS_NO_MEMORY;
+      }
     }
+    add(lines.c_str(), &status);
     add(event.description, &status);
     add("\r\nData: Bytes in Hex\r\n", &status);
     if (status == SM_STATUS_SUCCESS && event.data_size != 0) {
