@@ -240,6 +240,33 @@ TEST_F(KqsupDoctor, FindsCleanersOverTheVariableData) {
   EXPECT_EQ(check_cleaners(host()).health, Health::kOk);
 }
 
+TEST_F(KqsupDoctor, FindsCleanersOverWhatALinkLeadsTo) {
+  std::filesystem::remove_all(tree_.at("opt/wexlib/var"));
+  tree_.make("var/tmp/v/.ipc");
+  std::filesystem::create_directory_symlink("../../var/tmp/v", tree_.at("opt/wexlib/var"));
+  EXPECT_EQ(check_cleaners(host()).health, Health::kOk);
+  tree_.write("usr/lib/tmpfiles.d/a.conf", "q /var/tmp 1777 - - 10d\n");
+  const Finding finding = check_cleaners(host());
+  EXPECT_EQ(finding.health, Health::kWrong);
+  EXPECT_EQ(finding.found, "q /var/tmp after 10d is over /var/tmp/v/.ipc");
+  EXPECT_NE(finding.to_do.find("\"x /var/tmp/v\""), std::string::npos) << finding.to_do;
+}
+
+TEST_F(KqsupDoctor, WarnsOfDailyCleanersThatNameADirectoryAboveTheVariableData) {
+  tree_.write("etc/tmpreaper.conf", "# TMPREAPER_DIRS=/opt\nTMPREAPER_DIRS='/tmp/. /var/tmp/.'\n");
+  EXPECT_EQ(check_cleaners(host()).health, Health::kOk);
+  tree_.write("etc/tmpreaper.conf", "TMPREAPER_DIRS='/tmp/. /opt/wexlib/.'\n");
+  const Finding finding = check_cleaners(host());
+  EXPECT_EQ(finding.health, Health::kWarning);
+  EXPECT_EQ(finding.found,
+            "/etc/tmpreaper.conf names /opt/wexlib, which is over /opt/wexlib/var/.ipc");
+  tree_.write("etc/tmpreaper.conf", "TMPREAPER_DIRS='/ /.. /opt/wexlib/variable'\n");
+  EXPECT_EQ(check_cleaners(host()).health, Health::kOk);
+  tree_.write("etc/cron.daily/tmpwatch", "#!/bin/sh\n/usr/sbin/tmpwatch -umc 10d /tmp /opt/*\n");
+  EXPECT_EQ(check_cleaners(host()).found,
+            "/etc/cron.daily/tmpwatch names /opt, which is over /opt/wexlib/var/.ipc");
+}
+
 TEST(KqsupDoctorJudges, WhichLineCleansADirectory) {
   const auto cleaner = [](const char* text) {
     const std::vector<CleanerLine> lines = kqsup::cleaner_lines(text);
