@@ -206,6 +206,7 @@ TEST(KqsupSdo, TextIsPrintableInEitherEncoding) {
   EXPECT_EQ(kqsup::sdo_text("\x20\xAC\0a\0\0"s, true),
             "\xE2\x82\xAC"
             "a");
+  EXPECT_EQ(kqsup::sdo_text("\xD8\x3D\xDE\0\0\0"s, true), "\xF0\x9F\x98\x80");
 }
 
 TEST(KqsupSdo, WhatMayAsWellBeANumberIsNoText) {

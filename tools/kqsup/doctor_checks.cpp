@@ -13,6 +13,7 @@
 
 #include "doctor_files.h"
 #include "looked_at.h"
+#include "system_table.h"
 
 namespace kqsup {
 
@@ -176,7 +177,7 @@ std::vector<uid_t> owners_in(const std::string& directory) {
 Finding check_protected_files(const Host& host) {
   Finding worst = protected_finding();
   const LookedAt file = look_at(host.root.at("/proc/sys/fs/protected_regular"), kLargestText);
-  const std::vector<std::string> words = words_of(file.bytes);
+  const auto words = words_of(file.bytes);
   const auto level = words.size() == 1 ? number_of(words[0]) : std::nullopt;
   if (!level || *level > 9) {
     return file.is_missing ? set_ok(worst, "the kernel has none")

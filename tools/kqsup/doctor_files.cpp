@@ -10,15 +10,6 @@
 
 namespace kqsup {
 
-std::vector<std::string> words_of(const std::string& text) {
-  std::istringstream stream(text);
-  std::vector<std::string> words;
-  for (std::string word; stream >> word;) {
-    words.push_back(std::move(word));
-  }
-  return words;
-}
-
 std::optional<unsigned long long> number_of(std::string_view text) {
   unsigned long long number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -52,26 +43,6 @@ std::vector<std::string> configuration(const Root& root,
     texts.push_back(look_at(path, kLargestText).bytes);
   }
   return texts;
-}
-
-std::optional<std::vector<std::vector<std::string>>> objects_of(const Root& root,
-                                                                const char* kind) {
-  const LookedAt file = look_at(root.at(std::string("/proc/sysvipc/") + kind), kLargestText);
-  if (!file.ok()) {
-    return std::nullopt;
-  }
-  std::vector<std::vector<std::string>> rows;
-  for (const std::string& line : lines_of(file.bytes)) {
-    std::vector<std::string> words = words_of(line);
-    if (!words.empty() && words[0] != "key") {
-      rows.push_back(std::move(words));
-    }
-  }
-  return rows;
-}
-
-unsigned long long number_at(const std::vector<std::string>& row, size_t column) {
-  return column < row.size() ? number_of(row[column]).value_or(0) : 0;
 }
 
 Finding finding(const char* check, const char* why) {

@@ -13,7 +13,6 @@ namespace kqsup {
 
 // ---- Files ----
 
-[[nodiscard]] std::vector<std::string> words_of(const std::string& text);
 [[nodiscard]] std::vector<std::string> lines_of(const std::string& text);
 
 // A number, or none when there is anything else.
@@ -23,13 +22,6 @@ namespace kqsup {
 // directory stands for one of the same name in a later one, also when it is empty.
 [[nodiscard]] std::vector<std::string> configuration(
     const Root& root, std::initializer_list<const char*> directories);
-
-// The rows of /proc/sysvipc/KIND without the titles, as words. None when they cannot be read.
-[[nodiscard]] std::optional<std::vector<std::vector<std::string>>> objects_of(const Root& root,
-                                                                              const char* kind);
-
-// What such a row has in a column; 0 where it has no number.
-[[nodiscard]] unsigned long long number_at(const std::vector<std::string>& row, size_t column);
 
 // ---- Findings ----
 

@@ -4,6 +4,7 @@
 
 #include "doctor_files.h"
 #include "looked_at.h"
+#include "system_table.h"
 
 namespace kqsup {
 namespace {
@@ -11,7 +12,7 @@ namespace {
 struct Limit {
   const char* check;
   const char* kind;     // of objects, in /proc/sysvipc
-  size_t counted;       // the column to add up; 0 counts objects
+  const char* counted;  // the column to add up; null counts objects
   const char* setting;  // in /proc/sys/kernel
   size_t word;          // of the setting
   const char* why;
@@ -19,13 +20,13 @@ struct Limit {
 };
 
 constexpr Limit kLimits[] = {
-    {"semaphore sets", "sem", 0, "sem", 3,
+    {"semaphore sets", "sem", nullptr, "sem", 3,
      "Each named semaphore, event and segment takes a set: without one, making it fails.", true},
-    {"semaphores", "sem", 3, "sem", 1,
+    {"semaphores", "sem", "nsems", "sem", 1,
      "Each named semaphore, event and segment takes some: without them, making it fails.", true},
-    {"shared memory segments", "shm", 0, "shmmni", 0,
+    {"shared memory segments", "shm", nullptr, "shmmni", 0,
      "Each piece of named memory is one: without one, making it fails.", true},
-    {"message queues", "msg", 0, "msgmni", 0,
+    {"message queues", "msg", nullptr, "msgmni", 0,
      "The library uses none; agents that have their own cannot make them.", false},
 };
 
@@ -33,22 +34,22 @@ Finding check_limit(const Host& host, const Limit& limit) {
   Finding finding = kqsup::finding(limit.check, limit.why);
   const std::string setting = std::string("/proc/sys/kernel/") + limit.setting;
   const LookedAt file = look_at(host.root.at(setting), kLargestText);
-  const auto objects = objects_of(host.root, limit.kind);
-  if (!file.ok() || !objects) {
-    return set(
-        finding, Health::kWarning,
-        (file.ok() ? "/proc/sysvipc/" + std::string(limit.kind) : setting) + " cannot be read",
-        "Mount /proc, and use a kernel with System V IPC.");
+  const std::string table = std::string("/proc/sysvipc/") + limit.kind;
+  const LookedAt objects = look_at(host.root.at(table), kLargestText);
+  if (!file.ok() || !objects.ok()) {
+    return set(finding, Health::kWarning, (file.ok() ? table : setting) + " cannot be read",
+               "Mount /proc, and use a kernel with System V IPC.");
   }
-  const std::vector<std::string> words = words_of(file.bytes);
+  const auto words = words_of(file.bytes);
   const auto most = limit.word < words.size() ? number_of(words[limit.word]) : std::nullopt;
   if (!most) {
     return set(finding, Health::kWarning, setting + " is no list of numbers",
                "See why " + setting + " is not as the kernel makes it.");
   }
   unsigned long long used = 0;
-  for (const auto& row : *objects) {
-    used += limit.counted == 0 ? 1 : number_at(row, limit.counted);
+  for (const Row& row : rows_of(objects.bytes)) {
+    unsigned long long count = limit.counted == nullptr ? 1 : 0;
+    used += limit.counted == nullptr || read_field(row, limit.counted, &count) ? count : 0;
   }
   const std::string found = std::to_string(used) + " of " + std::to_string(*most);
   // Nine tenths, of numbers of any size.
@@ -68,22 +69,23 @@ Finding check_shared_pages(const Host& host) {
                      "All segments together have so many pages: without one left, making a "
                      "segment fails however few there are.");
   const LookedAt file = look_at(host.root.at("/proc/sys/kernel/shmall"), kLargestText);
-  const std::vector<std::string> words = words_of(file.bytes);
+  const auto words = words_of(file.bytes);
   const auto limit = words.size() == 1 ? number_of(words[0]) : std::nullopt;
   const unsigned long long most = limit.value_or(0);
-  const auto segments = objects_of(host.root, "shm");
-  if (!limit || !segments) {
+  const LookedAt segments = look_at(host.root.at("/proc/sysvipc/shm"), kLargestText);
+  if (!limit || !segments.ok()) {
     return set(
         finding, Health::kWarning,
         !limit ? "/proc/sys/kernel/shmall cannot be read" : "/proc/sysvipc/shm cannot be read",
         "Mount /proc, and use a kernel with System V IPC.");
   }
-  constexpr size_t kSize = 3;
   const auto page = static_cast<unsigned long long>(sysconf(_SC_PAGESIZE));
   unsigned long long used = 0;
-  for (const auto& row : *segments) {
-    const unsigned long long size = number_at(row, kSize);
-    used += size / page + (size % page != 0 ? 1 : 0);
+  for (const Row& row : rows_of(segments.bytes)) {
+    unsigned long long size = 0;
+    if (read_field(row, "size", &size)) {
+      used += size / page + (size % page != 0 ? 1 : 0);
+    }
   }
   const std::string found = std::to_string(used) + " of " + std::to_string(most) + " pages";
   if (used < most - most / 10) {
@@ -100,7 +102,7 @@ Finding check_largest_segment(const Host& host) {
                                    "A record has up to 65,535 bytes, and is handed on in one piece "
                                    "of shared memory.");
   const LookedAt file = look_at(host.root.at("/proc/sys/kernel/shmmax"), kLargestText);
-  const std::vector<std::string> words = words_of(file.bytes);
+  const auto words = words_of(file.bytes);
   const auto most = words.size() == 1 ? number_of(words[0]) : std::nullopt;
   if (!most) {
     return set(finding, Health::kWarning, "/proc/sys/kernel/shmmax cannot be read",

@@ -7,6 +7,7 @@
 
 #include "doctor_files.h"
 #include "looked_at.h"
+#include "system_table.h"
 
 namespace kqsup {
 
@@ -39,9 +40,9 @@ namespace {
 constexpr uid_t kFirstPerson = 1000;
 constexpr uid_t kNobody = 65534;
 // The keys of named objects begin here.
-constexpr unsigned long long kFirstKey = 300001;
+constexpr uint32_t kFirstKey = 300001;
 
-bool is_person(unsigned long long user) {
+bool is_person(uid_t user) {
   return user >= kFirstPerson && user != kNobody;
 }
 
@@ -112,22 +113,20 @@ Finding check_logind(const Host& host) {
   const char* to_do =
       "Write [Login] and RemoveIPC=no into /etc/systemd/logind.conf.d/agents.conf and restart "
       "systemd-logind, or run agents as root or as system users.";
-  struct Users {
-    const char* kind;
-    size_t owner;  // the columns of the owner and of the creator
-    size_t creator;
-  };
-  for (const Users& users : {Users{"sem", 4, 6}, Users{"shm", 7, 9}}) {
-    const auto objects = objects_of(host.root, users.kind);
-    if (!objects) {
-      continue;
-    }
-    for (const auto& row : *objects) {
-      for (const size_t column : {users.owner, users.creator}) {
-        if (number_at(row, 0) >= kFirstKey && is_person(number_at(row, column))) {
-          return set(finding, Health::kWrong,
-                     said + ", and user " + row[column] + " has objects that it will remove",
-                     to_do);
+  for (const char* table : {"/proc/sysvipc/sem", "/proc/sysvipc/shm"}) {
+    const LookedAt objects = look_at(host.root.at(table), kLargestText);
+    for (const Row& row : rows_of(objects.bytes)) {
+      uint32_t key = 0;
+      if (!read_key(row, &key) || key < kFirstKey) {
+        continue;
+      }
+      for (const char* user : {"uid", "cuid"}) {
+        uid_t number = 0;
+        if (read_field(row, user, &number) && is_person(number)) {
+          return set(
+              finding, Health::kWrong,
+              said + ", and user " + std::to_string(number) + " has objects that it will remove",
+              to_do);
         }
       }
     }

@@ -14,61 +14,11 @@
 #include <string>
 
 #include "looked_at.h"
+#include "system_table.h"
 
 namespace kqsup {
 
 namespace {
-
-using Row = std::map<std::string_view, std::string_view>;
-
-std::vector<std::string_view> words_of(std::string_view line) {
-  std::vector<std::string_view> words;
-  for (size_t end = 0, begin = 0; (begin = line.find_first_not_of(' ', end)) != line.npos;) {
-    end = std::min(line.find(' ', begin), line.size());
-    words.push_back(line.substr(begin, end - begin));
-  }
-  return words;
-}
-
-// The rows of a table of the kernel, whose first line names its columns: newer kernels may have more.
-std::vector<Row> rows_of(std::string_view table) {
-  std::vector<Row> rows;
-  std::vector<std::string_view> titles;
-  while (!table.empty()) {
-    const size_t end = std::min(table.find('\n'), table.size());
-    const std::vector<std::string_view> words = words_of(table.substr(0, end));
-    table.remove_prefix(std::min(end + 1, table.size()));
-    if (titles.empty()) {
-      titles = words;
-      continue;
-    }
-    Row row;
-    for (size_t i = 0; i < std::min(titles.size(), words.size()); ++i) {
-      row[titles[i]] = words[i];
-    }
-    rows.push_back(std::move(row));
-  }
-  return rows;
-}
-
-template <class Number>
-bool read_field(const Row& row, std::string_view title, Number* value) {
-  const auto place = row.find(title);
-  if (place == row.end()) {
-    return false;
-  }
-  const std::string_view text = place->second;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
-  return error == std::errc() && end == text.data() + text.size();
-}
-
-// Keys are shown with a sign.
-bool read_key(const Row& row, uint32_t* key) {
-  int64_t value = 0;
-  const bool read = read_field(row, "key", &value);
-  *key = static_cast<uint32_t>(value);
-  return read;
-}
 
 std::optional<int> ask_set(int32_t set, int command) {
   union {

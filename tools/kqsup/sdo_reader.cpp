@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "listing.h"
+#include "utf16_text.h"
 
 namespace kqsup {
 
@@ -193,43 +194,27 @@ bool is_text(std::string_view utf8) {
   return has_any;
 }
 
-void append_utf8(std::string& text, unsigned code) {
-  if (code < 0x80) {
-    text += static_cast<char>(code);
-  } else if (code < 0x800) {
-    text += static_cast<char>(0xC0U | code >> 6U);
-    text += static_cast<char>(0x80U | (code & 0x3FU));
-  } else {
-    text += static_cast<char>(0xE0U | code >> 12U);
-    text += static_cast<char>(0x80U | (code >> 6U & 0x3FU));
-    text += static_cast<char>(0x80U | (code & 0x3FU));
-  }
-}
-
 // Nearly any even number of bytes is characters of some writing: without a terminator only those of
 // Latin ones are taken for text.
 std::string ucs2_text(std::string_view value, bool is_big_endian) {
   constexpr unsigned kBeyondLatin = 0x250;
+  constexpr unsigned kUnknown = 0xFFFD;  // and what is no character at all behind it
   constexpr size_t kFewest = 2;
   if (value.size() % 2 != 0) {
     return {};
   }
-  std::vector<unsigned> units;
+  const auto unit_at = [&](size_t place) { return word(value.substr(place, 2), is_big_endian); };
+  const bool is_terminated = !value.empty() && unit_at(value.size() - 2) == 0;
+  value.remove_suffix(is_terminated ? 2 : 0);
   for (size_t i = 0; i < value.size(); i += 2) {
-    units.push_back(static_cast<unsigned>(word(value.substr(i, 2), is_big_endian)));
-  }
-  const bool is_terminated = !units.empty() && units.back() == 0;
-  if (is_terminated) {
-    units.pop_back();
-  }
-  std::string text;
-  for (const unsigned unit : units) {
-    if (unit >= 0xFFFE || (!is_terminated && unit >= kBeyondLatin)) {
+    if (unit_at(i) >= kUnknown || (!is_terminated && unit_at(i) >= kBeyondLatin)) {
       return {};
     }
-    append_utf8(text, unit);
   }
-  return units.size() >= kFewest ? text : std::string();
+  std::string text;
+  decode_utf16(value, is_big_endian ? ByteOrder::kBig : ByteOrder::kLittle, text);
+  const bool has_half_a_character = text.find("\xEF\xBF\xBD") != std::string::npos;
+  return value.size() >= 2 * kFewest && !has_half_a_character ? text : std::string();
 }
 
 bool is_number(std::string_view value) {

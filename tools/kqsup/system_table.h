@@ -1,0 +1,38 @@
+// The tables of System V objects in /proc/sysvipc, whose first line names their columns: newer kernels
+// may have more.
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace kqsup {
+
+// What stands between blanks and line ends.
+[[nodiscard]] std::vector<std::string_view> words_of(std::string_view text);
+
+// Fields by the title of their column. They point into the table.
+using Row = std::map<std::string_view, std::string_view>;
+
+// The rows behind the titles.
+[[nodiscard]] std::vector<Row> rows_of(std::string_view table);
+
+// False when there is no such column, or no such number in it.
+template <class Number>
+[[nodiscard]] bool read_field(const Row& row, std::string_view title, Number* value) {
+  const auto place = row.find(title);
+  if (place == row.end()) {
+    return false;
+  }
+  const std::string_view text = place->second;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+// Keys are shown with a sign.
+[[nodiscard]] bool read_key(const Row& row, uint32_t* key);
+
+}  // namespace kqsup
