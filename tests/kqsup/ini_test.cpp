@@ -1,3 +1,5 @@
+#include <cstdlib>
+#include <filesystem>
 #include <random>
 
 #include "gtest/gtest.h"
@@ -105,6 +107,18 @@ TEST(KqsupIni, NamesTheBackupAsTheLibraryDoes) {
 
 class KqsupIniCommand : public testing::Test {
  protected:
+#ifdef __SANITIZE_ADDRESS__
+  // Which opens libraries for a program, but does not look where that was linked to look.
+  KqsupIniCommand() {
+    const std::filesystem::path programs =
+        std::filesystem::path(built_program("kqsup")).parent_path();
+    setenv("LD_LIBRARY_PATH", (programs / "../lib").c_str(), 1);
+  }
+  ~KqsupIniCommand() override {
+    unsetenv("LD_LIBRARY_PATH");
+  }
+#endif
+
   Outcome ini(const std::vector<std::string>& words) {
     std::vector<std::string> command{built_program("kqsup"), "ini"};
     command.insert(command.end(), words.begin(), words.end());
