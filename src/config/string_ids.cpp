@@ -3,8 +3,6 @@
 
 #include "config/string_ids.h"
 
-#include <pthread.h>
-
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -82,14 +80,8 @@ struct Range {
     return id >= base && id <= uint64_t{base} + size ? id + offset : id;
   }
 };
-constinit ipc::LocalMutex range_mutex;
+constinit ipc::ForkSafeMutex range_mutex;
 constinit Range known_range;
-
-constinit pthread_once_t forks_once = PTHREAD_ONCE_INIT;
-
-void survive_forks() {
-  pthread_once(&forks_once, [] { (void)ipc::hold_over_forks(range_mutex); });
-}
 
 // False, with the number as it was, when neither a number nor that there is none could be found out:
 // memory was short, or the product has no directory for INI files.
@@ -106,9 +98,8 @@ bool read_number(const char* key, uint32_t* number) {
 }
 
 Range current_range() {
-  survive_forks();
   {
-    const ipc::LocalMutexGuard guard(range_mutex);
+    const ipc::LocalMutexGuard guard(range_mutex.held_over_forks());
     if (known_range.base != 0) {
       return known_range;
     }
@@ -119,7 +110,7 @@ Range current_range() {
       !read_number("offset", &range.offset)) {
     return kUsual;  // for this time: a moment's lack must not decide for the whole process
   }
-  const ipc::LocalMutexGuard guard(range_mutex);
+  const ipc::LocalMutexGuard guard(range_mutex.held_over_forks());
   known_range = range;
   return range;
 }

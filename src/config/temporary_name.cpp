@@ -2,7 +2,6 @@
 
 #include "config/temporary_name.h"
 
-#include <pthread.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -22,15 +21,12 @@ constexpr int kTries = 100;
 
 // The generator is the process's own, and the C library has a lock for it that no fork takes: a
 // child would find it taken for ever by a thread that was drawing here.
-constinit ipc::LocalMutex generator_mutex;
+constinit ipc::ForkSafeMutex generator_mutex;
 constinit bool seeded = false;
-
-constinit pthread_once_t forks_once = PTHREAD_ONCE_INIT;
 
 // Processes that begin in the same second draw the same names: the test is what keeps them apart.
 void draw(char* name) {
-  pthread_once(&forks_once, [] { (void)ipc::hold_over_forks(generator_mutex); });
-  const ipc::LocalMutexGuard guard(generator_mutex);
+  const ipc::LocalMutexGuard guard(generator_mutex.held_over_forks());
   if (!seeded) {
     std::srand(static_cast<unsigned>(std::time(nullptr)));
     seeded = true;

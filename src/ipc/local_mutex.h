@@ -64,9 +64,35 @@ class LocalMutex {
 };
 
 // Has every fork take the mutex, so that no child finds it taken by a thread that it does not have.
-// To be called once for a mutex, before it is used; forks take them in the order of these calls.
+// To be called before the mutex is used; again it does nothing. Forks take mutexes in the order of
+// these calls.
 // False when memory is short or there are too many.
 [[nodiscard]] bool hold_over_forks(LocalMutex& mutex);
+
+// A mutex that forks take from its first use on: for what is used also where nothing was started.
+class ForkSafeMutex {
+ public:
+  constexpr ForkSafeMutex() = default;
+
+  // False when forks cannot take it; it excludes threads all the same.
+  bool hold_over_forks() {
+    // Whoever comes here meanwhile does the same again, also in a child of a fork in the midst of it.
+    if (!is_held_.load(std::memory_order_acquire)) [[unlikely]] {
+      is_held_.store(ipc::hold_over_forks(mutex_), std::memory_order_release);
+    }
+    return is_held_.load(std::memory_order_relaxed);
+  }
+
+  // The mutex itself, for a guard.
+  [[nodiscard]] LocalMutex& held_over_forks() {
+    (void)hold_over_forks();
+    return mutex_;
+  }
+
+ private:
+  LocalMutex mutex_;
+  std::atomic<bool> is_held_{false};
+};
 
 // Holds the mutex for a scope; waits for it without limit.
 class LocalMutexGuard {

@@ -2,7 +2,6 @@
 
 #include "os/system_log.h"
 
-#include <pthread.h>
 #include <syslog.h>
 
 #include <algorithm>
@@ -22,8 +21,7 @@ constexpr const char* kSourceNames[] = {"Talmere", "Drosset", "Pellum",
 constexpr size_t kLineSize = 2048;
 
 // The identity is the process's: no other event may set its own before this one is out.
-constinit ipc::LocalMutex log_mutex;
-constinit pthread_once_t forks_once = PTHREAD_ONCE_INIT;
+constinit ipc::ForkSafeMutex log_mutex;
 
 int priority_of(uint32_t type) {
   switch (type) {
@@ -52,8 +50,7 @@ SMStatus append_to_system_log(const SystemEvent& event) {
   std::snprintf(text, kLineSize, "%s EventID: %" PRIu32 "  %s", source, event.id, event.message);
   std::replace(text, text + std::strlen(text), '\r', ' ');
   // Without a hold over forks a child might wait for ever, but only for a line that is being written.
-  pthread_once(&forks_once, [] { (void)ipc::hold_over_forks(log_mutex); });
-  const ipc::LocalMutexGuard guard(log_mutex);
+  const ipc::LocalMutexGuard guard(log_mutex.held_over_forks());
   openlog(event.identity, LOG_NDELAY, LOG_DAEMON);
   syslog(priority_of(event.type), "%s", text);
   closelog();

@@ -2,8 +2,6 @@
 
 #include "text/calendar.h"
 
-#include <pthread.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -24,14 +22,8 @@ struct Answer {
 };
 
 // Nobody takes another lock while holding this one.
-constinit ipc::LocalMutex calendar_mutex;
+constinit ipc::ForkSafeMutex calendar_mutex;
 constinit Answer last{};
-constinit pthread_once_t forks_once = PTHREAD_ONCE_INIT;
-
-ipc::LocalMutex& mutex() {
-  pthread_once(&forks_once, [] { (void)ipc::hold_over_forks(calendar_mutex); });
-  return calendar_mutex;
-}
 
 // A process may move to another zone from one call to the next.
 bool is_last(time_t seconds, const char* zone) {
@@ -42,7 +34,7 @@ bool is_last(time_t seconds, const char* zone) {
 }  // namespace
 
 void write_calendar(time_t seconds, CalendarText& text) {
-  const ipc::LocalMutexGuard guard(mutex());
+  const ipc::LocalMutexGuard guard(calendar_mutex.held_over_forks());
   const char* zone = std::getenv("TZ");
   if (!is_last(seconds, zone)) {
     if (ctime_s(text, sizeof text, &seconds) != 0) {
@@ -62,7 +54,7 @@ void write_calendar(time_t seconds, CalendarText& text) {
 }
 
 bool local_time(time_t seconds, tm* local) {
-  const ipc::LocalMutexGuard guard(mutex());
+  const ipc::LocalMutexGuard guard(calendar_mutex.held_over_forks());
   return localtime_s(local, &seconds) == 0;
 }
 

@@ -2,8 +2,6 @@
 
 #include "text/format.h"
 
-#include <pthread.h>
-
 #include <algorithm>
 
 #include "frame/heap.h"
@@ -16,17 +14,8 @@
 namespace kqsupt::text {
 namespace {
 
-// Callers count on one call at a time in the whole process.
-constinit ipc::LocalMutex formatter_mutex;
-
-// Not part of the start alone: a library that has not started formats as well.
-constinit pthread_once_t forks_once = PTHREAD_ONCE_INIT;
-constinit bool forks_handled = false;
-
-bool survives_forks() {
-  pthread_once(&forks_once, [] { forks_handled = ipc::hold_over_forks(formatter_mutex); });
-  return forks_handled;
-}
+// Callers count on one call at a time in the whole process, also where the library has not started.
+constinit ipc::ForkSafeMutex formatter_mutex;
 
 uint32_t next_unsigned(const Spec& spec, Arguments& arguments) {
   const auto value = static_cast<uint32_t>(arguments.next_int());
@@ -144,8 +133,7 @@ void interpret(const char* pattern, Arguments& arguments, BoundedOutput& output)
 }  // namespace
 
 int32_t format_list(char* dst, uint32_t size, const char* pattern, Arguments& arguments) {
-  survives_forks();
-  const ipc::LocalMutexGuard guard(formatter_mutex);
+  const ipc::LocalMutexGuard guard(formatter_mutex.held_over_forks());
   BoundedOutput output(dst, size);
   interpret(pattern, arguments, output);
   return output.finish();
@@ -168,7 +156,7 @@ int32_t format(char* dst, uint32_t size, const char* pattern, ...) {
 }
 
 bool start_formatter() {
-  return survives_forks();
+  return formatter_mutex.hold_over_forks();
 }
 
 void stop_formatter() {}
