@@ -1,3 +1,7 @@
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <random>
@@ -199,14 +203,47 @@ TEST_F(KqsupIniCommand, ListTellsOfABrokenHeader) {
 TEST_F(KqsupIniCommand, LookingLeavesAnInterruptedChangeAsItIs) {
   put(file_, "[s]\nk=new\n");
   put(tree_.at("agent.bak"), "[s]\nk=old\n");
+  sleep(2);  // no change takes so long
   const std::string installed = std::string(std::getenv("KQSUPT_SANDBOX")) + "/install";
   const auto before = tree_.state();
   const auto installed_before = Tree::state_of(installed);
   EXPECT_EQ(ini({"get", file_, "s", "k"}).out, "old\n");
+  EXPECT_NE(ini({"get", file_, "s", "k"}).err.find("interrupted"), std::string::npos);
   EXPECT_EQ(ini({"list", file_}).exit_status, 0);
   EXPECT_EQ(ini({"get", file_, "s", "none"}).exit_status, 1);
   EXPECT_EQ(tree_.state(), before);
   EXPECT_EQ(Tree::state_of(installed), installed_before);
+}
+
+TEST_F(KqsupIniCommand, GetFindsAFileThatIsBeingChanged) {
+  ASSERT_EQ(ini({"set", file_, "s", "k", "0"}).exit_status, 0);
+  const pid_t writer = fork();
+  if (writer == 0) {
+    alarm(60);
+    for (;;) {
+      (void)SMWriteINIPathFileValue("s", "k", SMINI_TYPE_UTF8, "1", 2, file_.c_str(), 1);
+    }
+  }
+  for (int i = 0; i < 100; ++i) {
+    const Outcome outcome = ini({"get", file_, "s", "k"});
+    EXPECT_EQ(outcome.exit_status, 0) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+  }
+  kill(writer, SIGKILL);
+  waitpid(writer, nullptr, 0);
+}
+
+TEST_F(KqsupIniCommand, SetFindsTheFileHoweverItsPathIsWritten) {
+  put(file_, "");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(std::filesystem::path(file_).parent_path());
+  const std::string name = std::filesystem::path(file_).filename();
+  for (const std::string& path : {name, "./" + name, ".//" + name, "././/" + name}) {
+    EXPECT_EQ(ini({"set", path, "s", "k", path}).exit_status, 0) << path;
+    EXPECT_EQ(ini({"get", file_, "s", "k"}).out, path + "\n");
+    EXPECT_FALSE(std::filesystem::exists("/" + name));
+  }
+  std::filesystem::current_path(before);
 }
 
 TEST_F(KqsupIniCommand, TellsHowItIsUsed) {

@@ -3,15 +3,16 @@
 #include <kqsupt/config.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 
 #include "command.h"
 #include "ini_reader.h"
 #include "library.h"
 #include "listing.h"
-#include "looked_at.h"
 
 namespace kqsup {
 
@@ -24,29 +25,18 @@ struct Words {
   std::string value;
 };
 
-// The content that the library would read. Between the two steps of a change there is no file, but
-// its backup.
 std::optional<IniContent> content_of(const std::string& path, Run& run) {
-  const std::string backup = ini_backup(path);
-  LookedAt file = look_at(backup, kLargestIni);
-  const bool is_backup = file.ok();
-  if (!is_backup) {
-    file = look_at(path, kLargestIni);
-  }
-  if (!is_backup && file.is_missing) {
-    if (LookedAt again = look_at(backup, kLargestIni); again.ok()) {
-      file = std::move(again);
-    }
-  }
-  if (!file.ok() || file.goes_on) {
-    run.could_not_look(path + ": " + (file.ok() ? "It is too large" : file.why));
+  const IniFile ini = look_at_ini(path);
+  if (!ini.file.ok() || ini.file.goes_on) {
+    run.could_not_look((ini.is_interrupted ? ini_backup(path) : path) + ": " +
+                       (ini.file.ok() ? "It is too large" : ini.file.why));
     return std::nullopt;
   }
-  if (is_backup) {
-    std::fprintf(stderr, "kqsup: %s: a change was interrupted: what counts is in %s\n",
-                 printable(path).c_str(), printable(backup).c_str());
+  if (ini.is_interrupted) {
+    run.complain(Outcome::kAllRight,
+                 path + ": a change was interrupted: what counts is in " + ini_backup(path));
   }
-  return read_ini(file.bytes);
+  return read_ini(ini.file.bytes);
 }
 
 // Tells why a value is not found.
@@ -137,7 +127,11 @@ std::string absolute(const std::string& path) {
   if (path.empty() || path.starts_with('/')) {
     return path;
   }
-  return std::filesystem::current_path() / (path.starts_with("./") ? path.substr(2) : path);
+  std::string_view rest = path;
+  while (rest.starts_with("./")) {
+    rest.remove_prefix(std::min(rest.find_first_not_of('/', 1), rest.size()));
+  }
+  return std::filesystem::current_path() / rest;
 }
 
 // Without a value the key is taken out, without a key the section.

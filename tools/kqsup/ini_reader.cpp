@@ -1,7 +1,11 @@
 #include "ini_reader.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <ctime>
 #include <set>
+#include <utility>
 
 #include "text_lines.h"
 
@@ -16,6 +20,40 @@ std::string ini_backup(const std::string& path) {
     backup = path.substr(0, kKeptOfLongPath) + "bak";
   }
   return backup != path ? backup : path + ".bak";
+}
+
+namespace {
+
+// Whether a change is over for which the file was put aside: no change takes a second.
+bool is_left_behind(const std::string& backup) {
+  struct stat about {};
+  return stat(backup.c_str(), &about) == 0 && about.st_ctime + 1 < std::time(nullptr);
+}
+
+}  // namespace
+
+// A replacement renames the old file away, the new one to its place, and takes the old one away. So
+// there is the one or the other, though each may be missed in turn by who looks at the wrong moment.
+// An old one that stays is of a change that was interrupted: it is what the library will put back.
+IniFile look_at_ini(const std::string& path) {
+  const std::string backup = ini_backup(path);
+  if (is_left_behind(backup)) {
+    LookedAt file = look_at(backup, kLargestIni);
+    if (!file.is_missing) {
+      return {std::move(file), true};
+    }
+  }
+  constexpr int kTries = 16;
+  IniFile ini;
+  for (int tries = 0; tries < kTries; ++tries) {
+    for (const std::string& place : {path, backup}) {
+      ini.file = look_at(place, kLargestIni);
+      if (!ini.file.is_missing) {
+        return ini;
+      }
+    }
+  }
+  return ini;
 }
 
 IniContent read_ini(std::string_view text) {

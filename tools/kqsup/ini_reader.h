@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "looked_at.h"
+
 namespace kqsup {
 
 // Where an interrupted change of the file left the content that counts: the library puts it back
@@ -16,6 +18,14 @@ namespace kqsup {
 
 // The largest text that is read as one: its keys and values are kept line by line.
 inline constexpr size_t kLargestIni = 4U << 20U;
+
+// A file as it was at one moment, also while somebody replaces it.
+struct IniFile {
+  LookedAt file;
+  bool is_interrupted = false;  // a change was: this is its backup, which counts
+};
+
+[[nodiscard]] IniFile look_at_ini(const std::string& path);
 
 struct IniLine {
   size_t line = 0;                             // from 1; a header's for a section without keys

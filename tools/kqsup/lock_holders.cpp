@@ -1,6 +1,5 @@
 #include "lock_holders.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -8,10 +7,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "looked_at.h"
 #include "name_registry.h"
@@ -27,24 +24,6 @@ std::string name_of_file(uint64_t device, uint64_t inode) {
                 static_cast<unsigned long long>(inode));
   return text;
 }
-
-struct Directory {
-  explicit Directory(const std::string& path) {
-    const int opened = open_to_look(path, O_DIRECTORY);
-    stream = opened >= 0 ? fdopendir(opened) : nullptr;
-    if (stream == nullptr && opened >= 0) {
-      close(opened);
-    }
-  }
-  ~Directory() {
-    if (stream != nullptr) {
-      closedir(stream);
-    }
-  }
-  Directory(const Directory&) = delete;
-  Directory& operator=(const Directory&) = delete;
-  DIR* stream = nullptr;
-};
 
 bool is_lock_file(std::string_view name) {
   if (!name.starts_with('.')) {
@@ -149,15 +128,15 @@ std::optional<std::vector<LockFile>> read_lock_files(const std::string& director
                                                      std::string* why) {
   const Directory entries(directory);
   struct stat about {};
-  if (entries.stream == nullptr || fstat(dirfd(entries.stream), &about) != 0) {
+  if (entries.stream() == nullptr || fstat(dirfd(entries.stream()), &about) != 0) {
     *why = std::strerror(errno);
     return std::nullopt;
   }
   const LockTable table(look_at("/proc/locks", kLargestText).bytes);
   std::vector<LockFile> files;
-  while (const dirent* entry = readdir(entries.stream)) {
+  while (const dirent* entry = readdir(entries.stream())) {
     if (is_lock_file(entry->d_name)) {
-      files.push_back(look_at_lock_file(dirfd(entries.stream), *entry,
+      files.push_back(look_at_lock_file(dirfd(entries.stream()), *entry,
                                         table.locks_of(about.st_dev, entry->d_ino)));
     }
   }

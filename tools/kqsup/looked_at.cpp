@@ -55,6 +55,29 @@ int open_to_look(const std::string& path, int directory) {
   return file < 0 && errno == EPERM ? open(path.c_str(), flags) : file;
 }
 
+Directory::Directory(const std::string& path) : stream_(nullptr) {
+  const int opened = open_to_look(path, O_DIRECTORY);
+  stream_ = opened >= 0 ? fdopendir(opened) : nullptr;
+  if (stream_ == nullptr && opened >= 0) {
+    close(opened);
+  }
+}
+
+Directory::~Directory() {
+  if (stream_ != nullptr) {
+    closedir(stream_);
+  }
+}
+
+std::vector<std::string> names_in(const std::string& directory) {
+  const Directory entries(directory);
+  std::vector<std::string> names;
+  while (const dirent* entry = entries.stream() != nullptr ? readdir(entries.stream()) : nullptr) {
+    names.emplace_back(entry->d_name);
+  }
+  return names;
+}
+
 LookedAt look_at(const std::string& path, size_t limit) {
   const int descriptor = open_to_look(path);
   LookedAt file;

@@ -2,8 +2,11 @@
 // of it is kept than asked for.
 #pragma once
 
+#include <dirent.h>
+
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace kqsup {
 
@@ -18,8 +21,27 @@ struct LookedAt {
 
 // Opens a file, with O_DIRECTORY a directory, to read it: without waiting, and without a trace of the
 // time where that is allowed, which is with what this user owns. Anything else is not opened: a pipe
-// would let its writer go on. -1 with errno otherwise, EISDIR for a directory and EINVAL for the rest.
+// would let its writer go on. -1 with errno otherwise, EISDIR for a directory and EINVAL for the rest. What
+// is put in its place at that moment is opened all the same, but not waited for.
 [[nodiscard]] int open_to_look(const std::string& path, int directory = 0);
+
+// A directory whose entries are read with readdir(), without a trace of the time.
+class Directory {
+ public:
+  explicit Directory(const std::string& path);
+  ~Directory();
+  Directory(const Directory&) = delete;
+  Directory& operator=(const Directory&) = delete;
+
+  // Null, with errno, when it cannot be read.
+  [[nodiscard]] DIR* stream() const { return stream_; }
+
+ private:
+  DIR* stream_;
+};
+
+// The names in a directory; none when it cannot be read.
+[[nodiscard]] std::vector<std::string> names_in(const std::string& directory);
 
 // The first bytes of a regular file, `limit` of them at the most. Nothing else is opened to be read:
 // a pipe could keep its reader waiting, and a device need have no end.

@@ -1,7 +1,5 @@
 #include "name_registry.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <charconv>
 #include <set>
@@ -10,7 +8,6 @@
 #include "host_paths.h"
 #include "ini_reader.h"
 #include "listing.h"
-#include "looked_at.h"
 
 namespace kqsup {
 
@@ -190,42 +187,21 @@ std::string registry_backup_path(const std::string& ipc_directory) {
   return ini_backup(registry_path(ipc_directory));
 }
 
-namespace {
-
-// Whether a change is over for which the file was put aside: no change takes a second.
-bool is_left_behind(const std::string& backup) {
-  struct stat about {};
-  return stat(backup.c_str(), &about) == 0 && about.st_ctime + 1 < std::time(nullptr);
-}
-
-}  // namespace
-
-// A replacement renames the old file away, the new one to its place, and takes the old one away. So
-// there is the one or the other, though each may be missed in turn by who looks at the wrong moment.
-// An old one that stays is of a change that was interrupted: it is what the library will put back.
 RegistryFile read_name_registry(const std::string& ipc_directory) {
-  const std::string places[] = {registry_path(ipc_directory), registry_backup_path(ipc_directory)};
-  if (is_left_behind(places[1])) {
-    const LookedAt file = look_at(places[1], kLargestIni);
-    if (file.ok() && !file.goes_on) {
-      RegistryFile old{true, parse_name_registry(file.bytes), {}};
-      old.registry.damage.push_back("a change was interrupted: what counts is in " + places[1]);
-      return old;
-    }
+  const std::string path = registry_path(ipc_directory);
+  const IniFile ini = look_at_ini(path);
+  if (ini.file.is_missing) {
+    return {true, {}, {}};
   }
-  constexpr int kTries = 16;
-  for (int tries = 0; tries < kTries; ++tries) {
-    for (const std::string& place : places) {
-      const LookedAt file = look_at(place, kLargestIni);
-      if (file.ok() && !file.goes_on) {
-        return {true, parse_name_registry(file.bytes), {}};
-      }
-      if (!file.is_missing) {
-        return {false, {}, place + ": " + (file.goes_on ? "It is too large" : file.why)};
-      }
-    }
+  const std::string& place = ini.is_interrupted ? registry_backup_path(ipc_directory) : path;
+  if (!ini.file.ok() || ini.file.goes_on) {
+    return {false, {}, place + ": " + (ini.file.ok() ? "It is too large" : ini.file.why)};
   }
-  return {true, {}, {}};
+  RegistryFile registry{true, parse_name_registry(ini.file.bytes), {}};
+  if (ini.is_interrupted) {
+    registry.registry.damage.push_back("a change was interrupted: what counts is in " + place);
+  }
+  return registry;
 }
 
 }  // namespace kqsup

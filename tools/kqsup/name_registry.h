@@ -64,9 +64,9 @@ struct RegistryFile {
 // As it was at one moment, also while somebody replaces it. Takes no lock.
 [[nodiscard]] RegistryFile read_name_registry(const std::string& ipc_directory);
 
-// What the registry's old content is called while the new one takes its place, which is for a
-// moment, or until somebody mends an interrupted change.
 [[nodiscard]] std::string registry_path(const std::string& ipc_directory);
+// What its old content is called while the new one takes its place, which is for a moment, or until
+// somebody mends an interrupted change.
 [[nodiscard]] std::string registry_backup_path(const std::string& ipc_directory);
 
 }  // namespace kqsup
