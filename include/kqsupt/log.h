@@ -198,12 +198,14 @@ KQSUPT_API char* SMXGEscapeXMLUTF8Str(const char* text, uint32_t* size, uint32_t
  * The family's own logs lie in the directory "log" below the log path of the product Quillance:
  * "kqsys32.log" of UCS-2 text and "kqsys32.xml", an XML document. Each has one backup, whose name
  * ends with "_" instead of its last character: before an event that would make the log reach its
- * largest size the log takes the backup's place, and a new one begins with an event that says so.
+ * largest size the log takes the backup's place, and a new one begins with an event that says so;
+ * where that cannot be done it grows on.
  *
  * Any number of threads and processes may append at the same time: each event is whole. One that
- * cannot be written is not there at all, and the events before it are as they were. What a process
- * that was killed left of an event is taken away by the next one, unless it had just begun an XML
- * log and not come to the first event: nothing can be appended to that one.
+ * cannot be written is not there at all, unless only closing the file failed, and the events before
+ * it are as they were. What a process that was killed left of an event is taken away by the next
+ * one; but where an XML log lacks nothing except its end, and where its last event has more than
+ * half a MiB, nothing can be appended any more.
  *
  * Texts are UTF-8. Paths are of any log; the files beside them are theirs alone. A directory that
  * is missing is made with the mode 0755, a file with 0664; one that is there keeps its bits for
@@ -302,7 +304,7 @@ KQSUPT_API SMStatus SMAppendToXMLLog(const char* pathFileName, uint16_t type, ui
  *   new one begun.
  * @param[in] source the source of the event, of the lengths that SMAppendToLog takes. NULL is empty
  *   in the XML log, and the text log does not take it; borrowed for the call.
- * @retval SM_STATUS_SUCCESS the logs were cleared.
+ * @retval SM_STATUS_SUCCESS the logs were cleared, or `logFlags` names none that is known.
  * @retval SM_STATUS_UNSUCCESSFUL `logFlags` is 0; or `source` is one that the log, which is there,
  *   does not take: it is not deleted.
  * @retval 1 the system's own log is meant, which cannot be cleared here.
@@ -422,9 +424,9 @@ KQSUPT_API SMStatus SMGetLogMaxSize(const char* pathFileName, uint32_t* maxSize)
 /** @defgroup log_rotated Rotated logs
  *
  * Plain logs with older generations beside them: the path with ".1" behind it is the newest, the
- * one with the number of generations the oldest. Nothing is locked: messages of several processes
- * come in any order, each of them whole. Who comes while another process rotates does not rotate
- * again.
+ * one with the number of generations the oldest. No lock is waited for: messages of several
+ * processes come in any order, each of them whole unless its call failed. Who comes while another
+ * process rotates does not rotate again; a log that somebody holds with flock() is not rotated.
  * @{ */
 
 /** What stands around a message. */

@@ -164,7 +164,7 @@ KQSUPT_API void SMResetExportContext(void);
 /** Writes one line to the system's log, of the facility `daemon`: the name of the source, the event
  * ID and the message, whose carriage returns become blanks. A line has at most 2,047 bytes, longer
  * ones lose their end. Whether somebody reads the log is not known. The program's own openlog() is
- * undone.
+ * undone. While a line waits for the system's log, forks of this process wait too.
  *
  * @param[in] eventType 1 is logged as an error, 2 as a warning, any other as information.
  * @param[in] logSource the part of the family that the event comes from, 1 to 6.

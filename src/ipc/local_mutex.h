@@ -64,9 +64,10 @@ class LocalMutex {
 };
 
 // Has every fork take the mutex, so that no child finds it taken by a thread that it does not have.
-// To be called before the mutex is used; again it does nothing. Forks take mutexes in the order of
-// these calls.
-// False when memory is short or there are too many.
+// To be called before the mutex is used, and by nobody who holds such a mutex: a fork that comes
+// meanwhile waits for that one. Again it does nothing. Forks take mutexes in the order of these calls,
+// which is the only one in which one may be taken within another; a ForkSafeMutex is taken alone.
+// False when there are too many, or memory was short at the first call of all.
 [[nodiscard]] bool hold_over_forks(LocalMutex& mutex);
 
 // A mutex that forks take from its first use on: for what is used also where nothing was started.

@@ -54,9 +54,10 @@ LockedLog::LockedLog(const char* path, int access, Missing missing)
   if (status_ != SM_STATUS_SUCCESS) {
     return;
   }
-  // A pipe in its place has nobody to read it, and is not waited for.
+  // A pipe is no log, and none is waited for.
   struct stat about {};
-  if (!open(access | O_NONBLOCK | O_NOCTTY, missing) || fstat(file_.get(), &about) != 0) {
+  if (!open(access | O_NONBLOCK | O_NOCTTY, missing) || fstat(file_.get(), &about) != 0 ||
+      S_ISFIFO(about.st_mode)) {
     status_ = frame::kFailed;
     return;
   }
@@ -75,13 +76,22 @@ bool LockedLog::open(int flags, Missing missing) {
     return file_.is_open();
   }
   if (!file_.is_open() && errno == ENOENT) {
-    is_new_ = true;
-    file_ = FileDescriptor::open(path_, flags | O_CREAT, kNewMode);
+    create(flags);
   }
   if (!file_.is_open() && errno == ENOENT && make_directory_of(path_) == SM_STATUS_SUCCESS) {
-    file_ = FileDescriptor::open(path_, flags | O_CREAT, kNewMode);
+    create(flags);
   }
   return file_.is_open();
+}
+
+// Only what is made here is this one's to take back: somebody may have made a file meanwhile, and a
+// link may lead to one that is not there.
+void LockedLog::create(int flags) {
+  file_ = FileDescriptor::open(path_, flags | O_CREAT | O_EXCL, kNewMode);
+  is_new_ = file_.is_open();
+  if (!is_new_ && errno == EEXIST) {
+    file_ = FileDescriptor::open(path_, flags | O_CREAT, kNewMode);
+  }
 }
 
 bool LockedLog::back_up_when_full(uint64_t growth, uint32_t max_size) {

@@ -52,6 +52,7 @@ class LockedLog {
 
  private:
   [[nodiscard]] bool open(int flags, Missing missing);
+  void create(int flags);
   void take_back(off_t offset, std::string_view replaced);
 
   const char* path_;

@@ -1,4 +1,5 @@
-// Rotating and appending. No lock is waited for; two processes that come to rotate at the same time
+// Rotating and appending. No lock is waited for, and a log that somebody else holds with flock() is not
+// rotated; two processes that come to rotate at the same time
 // must still not do it twice, for the second one would drop what the first one has just kept.
 
 #include "log/rotated_log.h"
@@ -19,6 +20,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 #include <string_view>
 
 #include "frame/status.h"
@@ -90,8 +92,10 @@ class Neighbours {
   FileDescriptor directory_;
 };
 
-// The highest generation that there is, up to `most`; 0 for none, and `most` when that cannot be
-// known.
+// The highest generation that there is, up to `most`; 0 for none. Where that cannot be known, those up
+// to kMostTried are tried one by one, and what is beyond is not seen.
+constexpr uint32_t kMostTried = 1000;
+
 uint32_t highest_generation(const char* path, uint32_t most) {
   const std::string_view whole(path);
   const size_t slash = whole.rfind('/');
@@ -109,7 +113,7 @@ uint32_t highest_generation(const char* path, uint32_t most) {
       highest = std::max(highest, number);
     }
   });
-  return is_known ? highest : most;
+  return is_known ? highest : std::min(most, kMostTried);
 }
 
 // Calls `change` with the number of each generation from `most` down. Callers may allow for any
@@ -171,11 +175,11 @@ class Prefix {
 
  private:
   void add_time() {
-    const time_t now = time(nullptr);
-    tm local{};
-    if (!text::local_time(now, &local)) {
+    constexpr const char* kFormat = "[%b %d %Y %H:%M:%S] ";
+    const auto result = text::write_local_time(time(nullptr), kFormat, text_, sizeof text_);
+    if (result == text::LocalTime::kNoTime) {
       std::strcpy(text_, "[localtime error] ");
-    } else if (std::strftime(text_, sizeof text_, "[%b %d %Y %H:%M:%S] ", &local) == 0) {
+    } else if (result == text::LocalTime::kNoRoom) {
       std::strcpy(text_, "[strftime error] ");
     }
   }

@@ -8,6 +8,7 @@
 #include <array>
 #include <bit>
 #include <charconv>
+#include <cstring>
 #include <ctime>
 #include <optional>
 #include <string_view>
@@ -251,9 +252,23 @@ std::optional<off_t> place_of_unfinished(const Tail& tail) {
                                                      : std::nullopt;
 }
 
-// Takes away the record that a killed process did not finish. A file that ends in anything else is
-// left as it is. What is taken never was acknowledged: a record that was ends as one.
+// Whether all of the file is the beginning of its block.
+bool is_unfinished_header(const LockedLog& log) {
+  char bytes[kHeaderSize];
+  const off_t size = log.size();
+  return size != 0 && size < static_cast<off_t>(sizeof bytes) &&
+         log.file().read_all_at(bytes, static_cast<size_t>(size), 0) == size &&
+         std::memcmp(bytes, kHeader.data(), static_cast<size_t>(size)) == 0;
+}
+
+// Takes away the block or the record that a killed process did not finish. A file that ends in
+// anything else is left as it is. What is taken never was acknowledged: a record that was ends as
+// one.
 void take_away_unfinished(LockedLog& log) {
+  if (is_unfinished_header(log)) {
+    (void)log.cut_to(0);
+    return;
+  }
   if (log.size() <= static_cast<off_t>(kHeaderSize) || ends_with_record(log)) {
     return;
   }

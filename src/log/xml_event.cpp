@@ -250,11 +250,14 @@ SMStatus append_xml_event(const char* path, const Event& event, uint32_t max_siz
   }
   XmlEvent xml(event);
   const SMStatus status = xml.prepare();
-  if (status != SM_STATUS_SUCCESS) {
-    return status;
+  if (*path == '\0') {  // no file has such a name
+    return status == SM_STATUS_SUCCESS ? frame::kFailed : status;
   }
-  // No file has an empty name.
-  return *path != '\0' ? xml.append(path, max_size) : frame::kFailed;
+  if (status == frame::kFailed) {
+    // As for the text log: the directory is made before it shows that there is nothing to write.
+    (void)make_directory_of(path);
+  }
+  return status == SM_STATUS_SUCCESS ? xml.append(path, max_size) : status;
 }
 
 SMStatus clear_xml_log(const char* path, uint16_t category, const char* user, const char* source) {

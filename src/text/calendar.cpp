@@ -53,9 +53,13 @@ void write_calendar(time_t seconds, CalendarText& text) {
   std::copy_n(last.text, sizeof text, text);
 }
 
-bool local_time(time_t seconds, tm* local) {
+LocalTime write_local_time(time_t seconds, const char* format, char* text, size_t size) {
   const ipc::LocalMutexGuard guard(calendar_mutex.held_over_forks());
-  return localtime_s(local, &seconds) == 0;
+  tm local{};
+  if (localtime_s(&local, &seconds) != 0) {
+    return LocalTime::kNoTime;
+  }
+  return std::strftime(text, size, format, &local) != 0 ? LocalTime::kWritten : LocalTime::kNoRoom;
 }
 
 }  // namespace kqsupt::text

@@ -1,7 +1,8 @@
 // Times as the people of this host read them. The C library's calendar has a lock that no child of a
-// fork gets back: here is the only place that asks it, and no fork comes meanwhile.
+// fork gets back: it is asked here and in the system's log, and no fork comes meanwhile.
 #pragma once
 
+#include <cstddef>
 #include <ctime>
 
 namespace kqsupt::text {
@@ -12,7 +13,9 @@ using CalendarText = char[32];
 // year that it has no text for.
 void write_calendar(time_t seconds, CalendarText& text);
 
-// The local time. False when its year does not fit.
-[[nodiscard]] bool local_time(time_t seconds, tm* local);
+// Writes the local time by a format of strftime, which asks the calendar too.
+enum class LocalTime { kWritten, kNoTime, kNoRoom };
+[[nodiscard]] LocalTime write_local_time(time_t seconds, const char* format, char* text,
+                                         size_t size);
 
 }  // namespace kqsupt::text

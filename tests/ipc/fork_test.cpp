@@ -64,17 +64,8 @@ TEST(Fork, AChildTakesAMutexThatItsParentGaveBack) {
   SMMutexDestroy(mutex);
 }
 
-// The emulator looks paths up under a mutex of its own, which its child finds taken for ever when
-// another thread was opening a file. The heaps of the sanitizers have such mutexes too.
-bool survives_forks() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  return false;
-#endif
-  return !kqsupt::tests::is_emulated();
-}
-
 TEST(Fork, AChildUsesFilesThatItsParentsThreadsAreWriting) {
-  if (!survives_forks()) {
+  if (!kqsupt::tests::survives_forks()) {
     GTEST_SKIP() << "what runs this does not survive such a fork";
   }
   const Scratch scratch;
@@ -124,7 +115,7 @@ TEST(Fork, AChildUsesFilesThatItsParentsThreadsAreWriting) {
 }
 
 TEST(Fork, AChildDrawsNamesWhileItsParentsThreadsDo) {
-  if (!survives_forks()) {
+  if (!kqsupt::tests::survives_forks()) {
     GTEST_SKIP() << "what runs this does not survive such a fork";
   }
   const auto draw = [] {

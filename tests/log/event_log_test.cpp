@@ -166,8 +166,6 @@ TEST_F(EventLog, IsNotMadeByLookingForIt) {
   EXPECT_EQ(content_of(xml_), "(no file)");
 }
 
-// ---- Records of the text log ----
-
 TEST_F(EventLog, IsNotChangedByLookingForIt) {
   EXPECT_EQ(append(SM_LOG_XML), 0U);
   const std::string before = content_of(xml_);
@@ -176,6 +174,31 @@ TEST_F(EventLog, IsNotChangedByLookingForIt) {
   }
   EXPECT_EQ(content_of(xml_), before);
 }
+
+TEST_F(EventLog, WithoutTheLogPathTellsSo) {
+  const std::string logs = text_.substr(0, text_.rfind("/log/"));
+  ASSERT_EQ(rename(logs.c_str(), (logs + "-away").c_str()), 0);
+  for (const uint32_t log : {SM_LOG_TEXT, SM_LOG_XML}) {
+    EXPECT_EQ(append(log), SMStatus{SM_STATUS_OPERATION_FAILED});
+    EXPECT_EQ(SMClearLog(log, 1, "s"), SMStatus{SM_STATUS_OPERATION_FAILED});
+    for (auto* query : {SMGetLogPathFileName, SMGetBackupLogPathFileName}) {
+      char buffer[256] = "~";
+      uint32_t size = sizeof buffer;
+      EXPECT_EQ(query(log, buffer, &size), SMStatus{SM_STATUS_OPERATION_FAILED});
+      EXPECT_EQ(size, sizeof buffer);
+      EXPECT_STREQ(buffer, "~");
+    }
+  }
+  EXPECT_EQ(rename((logs + "-away").c_str(), logs.c_str()), 0);
+}
+
+TEST_F(EventLog, AnswersThatTheXmlLogHasLostItsEnd) {
+  put(xml_, std::string(60, 'x'));
+  EXPECT_EQ(append(SM_LOG_TEXT | SM_LOG_XML), SMStatus{SM_STATUS_OPERATION_FAILED});
+  EXPECT_EQ(records().size(), 1U);
+}
+
+// ---- Records of the text log ----
 
 TEST_F(EventLog, BeginsWithItsBlockAndOneRecord) {
   const std::string directory = text_.substr(0, text_.rfind('/'));
@@ -400,7 +423,7 @@ TEST_F(EventLog, AnswersForTheXmlLogAlone) {
 
 // ---- Backups ----
 
-// A text log of `size` bytes, of which one record is parsed.
+// A text log of `size` bytes: its block and no record.
 void fill(const std::string& path, size_t size) {
   put(path, header_block() + std::string(size - 256, '\0'));
 }
@@ -680,7 +703,32 @@ TEST_F(XmlLog, MayHaveItsPathInTheCurrentDirectory) {
   EXPECT_TRUE(parse_xml_log(content_of(scratch_.file("b.xml"))).has_value());
 }
 
-TEST_F(XmlLog, IsNoDirectoryNoPipeAndInNoFile) {
+TEST_F(XmlLog, ThatIsAPipeIsNotWrittenToAndKeepsItsBits) {
+  ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+  chmod(path_.c_str(), 0755);
+  EXPECT_EQ(add(), kFailed);
+  EXPECT_EQ(mode_of(path_), 0755U);
+  EXPECT_EQ(scratch_.names(), std::vector<std::string>{"a.xml"});
+}
+
+TEST_F(XmlLog, IsNotBackedUpForDataThatItRefuses) {
+  put(path_, std::string(100, 'x'));
+  EXPECT_EQ(add("u", "s", "d", nullptr, std::string(32769, 'x'), 1),
+            SMStatus{SM_STATUS_UNSUCCESSFUL});
+  EXPECT_EQ(SMAppendToXMLLog(path_.c_str(), 1, 1, 1, "u", "s", "d", nullptr, nullptr, 1, 1),
+            SMStatus{SM_STATUS_UNSUCCESSFUL});
+  EXPECT_EQ(scratch_.names(), std::vector<std::string>{"a.xml"});
+  EXPECT_EQ(content_of(path_), std::string(100, 'x'));
+}
+
+TEST_F(XmlLog, HasItsDirectoryMadeBeforeItShowsThatTheCategoryIsUnknown) {
+  const std::string path = scratch_.file("made/b.xml");
+  EXPECT_EQ(SMAppendToXMLLog(path.c_str(), 1, 7, 1, "u", "s", "d", nullptr, nullptr, 0, kMiB),
+            kFailed);
+  EXPECT_EQ(scratch_.names(), std::vector<std::string>{"made"});
+}
+
+TEST_F(XmlLog, IsNoDirectoryAndInNoFile) {
   ASSERT_EQ(mkdir(path_.c_str(), 0755), 0);
   EXPECT_EQ(add(), kFailed);
   ASSERT_EQ(rmdir(path_.c_str()), 0);
@@ -711,6 +759,16 @@ TEST_F(EventLog, TakesTheRestOfAnUnfinishedRecordAway) {
     const std::string after = content_of(text_);
     ASSERT_EQ(after.size(), kept.size() + third.size()) << size;
     ASSERT_EQ(after.substr(0, kept.size()), kept) << size;
+  }
+}
+
+TEST_F(EventLog, TakesTheRestOfAnUnfinishedBlockAway) {
+  EXPECT_EQ(append(SM_LOG_TEXT), 0U);
+  const std::string one = content_of(text_);
+  for (size_t size = 1; size < 256; ++size) {
+    put(text_, one.substr(0, size));
+    EXPECT_EQ(append(SM_LOG_TEXT), 0U);
+    ASSERT_EQ(records().size(), 1U) << size;
   }
 }
 
@@ -911,6 +969,8 @@ TEST_F(EventLog, IsAppendedToByAChildThatWasMadeWhileAThreadAppended) {
   done = true;
   appending.join();
   EXPECT_EQ(status, 0);
+  EXPECT_TRUE(parse_text_log(content_of(text_)).has_value());
+  EXPECT_TRUE(parse_xml_log(content_of(xml_)).has_value());
 }
 
 TEST_F(EventLog, IsAppendedToByManyThreads) {
@@ -1021,6 +1081,20 @@ TEST_F(FullDisk, LeavesWhatIsBehindTheEndOfTheEventsAsItIs) {
     make_room();
     EXPECT_EQ(add(), 0U);
   }
+}
+
+TEST_F(FullDisk, LeavesALinkToNothingAsItIs) {
+  const std::string path = scratch_.file("a.xml");
+  ASSERT_EQ(symlink("b.xml", path.c_str()), 0);
+  const std::string text(8000, 't');
+  fill(1);
+  EXPECT_EQ(
+      SMAppendToXMLLog(path.c_str(), 1, 1, 1, "u", "s", text.c_str(), nullptr, nullptr, 0, kMiB),
+      SMStatus{SM_STATUS_OUT_OF_SPACE});
+  struct stat about {};
+  EXPECT_EQ(lstat(path.c_str(), &about), 0);
+  const std::string left = content_of(scratch_.file("b.xml"));
+  EXPECT_TRUE(left.empty() || left == "(no file)") << left;
 }
 
 class ReadOnly : public kqsupt::tests::ReadOnly {};

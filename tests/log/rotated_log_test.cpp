@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -18,6 +20,8 @@
 
 #include "gtest/gtest.h"
 #include "kqsupt/log.h"
+#include "support/child.h"
+#include "support/emulated.h"
 #include "support/guarded.h"
 #include "support/mounted.h"
 #include "support/scratch.h"
@@ -26,9 +30,11 @@ namespace {
 
 using kqsupt::tests::content_of;
 using kqsupt::tests::Guarded;
+using kqsupt::tests::in_child;
 using kqsupt::tests::mode_of;
 using kqsupt::tests::put;
 using kqsupt::tests::Scratch;
+using kqsupt::tests::survives_forks;
 
 constexpr SMStatus kFailed = 0xFFFFFFFF;
 constexpr uint32_t kMost = 0xFFFFFFFF;
@@ -278,6 +284,20 @@ TEST(RotatedLogAtTheRoot, MayBeMissing) {
   SMFileRotateCheck(path.c_str(), 0, 3);
   SMFileDeleteRotated(path.c_str(), 1, kMost);
   EXPECT_EQ(content_of(path), kNoFile);
+}
+
+TEST_F(RotatedLog, OfAnyNumberOfGenerationsIsRotatedAtOnceWhereNoDirectoryCanBeOpened) {
+  put(path_, large_);
+  put_generations({1});
+  EXPECT_EQ(in_child([&] {
+              const rlimit none{0, 0};
+              setrlimit(RLIMIT_NOFILE, &none);
+              SMFileRotateCheck(path_.c_str(), 100, kMost);
+              return 0;
+            }),
+            0);
+  EXPECT_EQ(at(1), large_);
+  EXPECT_EQ(at(2), "generation 1");
 }
 
 // ---- Appending ----
@@ -534,6 +554,26 @@ TEST_F(RotatedLog, IsDeletedAloneWithACountOfZero) {
   put_generations({1});
   SMFileDeleteRotated(path_.c_str(), 1, 0);
   EXPECT_EQ(scratch_.names(), Names{"trace.1"});
+}
+
+TEST_F(RotatedLog, TakesMessagesOfAChildThatWasMadeWhileAThreadToldTheTime) {
+  if (!survives_forks()) {
+    GTEST_SKIP() << "what runs this does not survive such a fork";
+  }
+  const std::string other = scratch_.file("other");
+  std::atomic<bool> done = false;
+  std::thread logging([&] {
+    while (!done) {
+      SMFileLogMsgToRotatedLog("", other.c_str(), 1000000, 1, SM_LOG_PREFIX_TIME);
+    }
+  });
+  int status = 0;
+  for (int i = 0; i < 500 && status == 0; ++i) {
+    status = in_child([&] { return append("child", kMost, 3, SM_LOG_PREFIX_TIME) == 0U ? 0 : 1; });
+  }
+  done = true;
+  logging.join();
+  EXPECT_EQ(status, 0);
 }
 
 TEST_F(RotatedLog, ThatIsGoneHasItsGenerationsDeleted) {

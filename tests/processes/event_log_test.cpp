@@ -1,6 +1,7 @@
 // The logs of events under many processes, some of which are killed.
 
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -146,6 +147,13 @@ TEST_F(EventLogs, AreWholeWhoeverIsKilled) {
     EXPECT_EQ(
         SMAppendToLog(SM_LOG_TEXT | SM_LOG_XML, 1, 1, 1, "test", description.c_str(), nullptr, 0),
         0U);
+    younger->kill(SIGSTOP);  // before it comes to two backups
+    const std::u16string units(description.begin(), description.end());
+    const std::string text(reinterpret_cast<const char*>(units.data()), 2 * units.size());
+    EXPECT_NE((content_of(backup_of(text_)) + content_of(text_)).find(text), std::string::npos);
+    EXPECT_NE((content_of(backup_of(xml_)) + content_of(xml_)).find(description),
+              std::string::npos);
+    younger->kill(SIGCONT);
     older = std::move(younger);
   }
   older->kill();

@@ -11,10 +11,10 @@ inline bool is_emulated() {
   return runner != nullptr && std::strstr(runner, "qemu") != nullptr;
 }
 
-// The heap of the address sanitizer, and the emulator where it looks paths up, have mutexes that a
-// child finds taken for ever when another thread of its parent held them.
+// The heaps of the sanitizers, and the emulator where it looks paths up, have mutexes that a child
+// finds taken for ever when another thread of its parent held them.
 inline bool survives_forks() {
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   return false;
 #endif
   return !is_emulated();
