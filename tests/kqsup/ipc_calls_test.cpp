@@ -64,4 +64,25 @@ TEST(KqsupIpcCalls, AreFiveAnObjectAtTheMost) {
   EXPECT_LE(calls, 5 * kObjects);
 }
 
+TEST(KqsupIpcCalls, AreFiveAnObjectOfEachKind) {
+  if (is_emulated()) {
+    GTEST_SKIP() << "what would be counted is the emulator";
+  }
+  constexpr long kEach = 50;
+  constexpr long kLongerFiles = 16;  // the registry and the kernel's tables are read in pieces
+  for (const Command& end : {Command{"semaphore", "3"}, Command{"event", "1", "0"},
+                             Command{"memory", "100"}, Command{"mutex"}}) {
+    const long before = calls_of({built_program("kqsup"), "ipc", "list"});
+    for (long i = 0; i < kEach; ++i) {  // each has a maker of its own
+      Command steps{end[0], "each " + end[0] + std::to_string(i)};
+      steps.insert(steps.end(), end.begin() + 1, end.end());
+      ASSERT_EQ(agent(steps), 0);
+    }
+    const long after = calls_of({built_program("kqsup"), "ipc", "list"});
+    EXPECT_GT(before, 0);
+    EXPECT_GT(after, before) << end[0];
+    EXPECT_LE(after - before, 5 * kEach + kLongerFiles) << end[0];
+  }
+}
+
 }  // namespace

@@ -305,6 +305,32 @@ TEST(KqsupIpcHost, TheTableIsForPeople) {
   EXPECT_NE(outcome.out.find("in the table"), std::string::npos);
 }
 
+TEST(KqsupIpcHost, NothingThatLooksStartsTheLibrary) {
+  const std::string lock_file =
+      ipc_directory() + "/." + kqsup::decorated_name(kqsup::kPathLockPrefix, registry());
+  std::filesystem::remove(lock_file);
+  ASSERT_EQ(agent({"names", "1", "1"}), 0);
+  ASSERT_TRUE(std::filesystem::exists(lock_file)) << "which a start makes";
+  std::filesystem::remove(lock_file);
+  for (const Command& command :
+       {Command{"ipc", "list"}, Command{"ipc", "reap"}, Command{"log", "show"}, Command{"paths"},
+        Command{"doctor"}, Command{"ini", "list", registry()},
+        Command{"ini", "get", registry(), "a", "b"}, Command{"sdo", "dump", registry()}}) {
+    run_tool(command);
+    EXPECT_FALSE(std::filesystem::exists(lock_file)) << command[0];
+  }
+}
+
+TEST(KqsupIpcHost, EveryHelpHasAnExample) {
+  for (const Command& group :
+       {Command{}, Command{"ipc"}, Command{"log"}, Command{"sdo"}, Command{"ini"}}) {
+    Command command{built_program("kqsup")};
+    command.insert(command.end(), group.begin(), group.end());
+    command.emplace_back("--help");
+    EXPECT_NE(kqsupt::tests::run(command).out.find("Example"), std::string::npos);
+  }
+}
+
 TEST(KqsupIpcHost, HelpHasAnExample) {
   for (const char* what : {"list", "reap"}) {
     const kqsupt::tests::Outcome outcome =

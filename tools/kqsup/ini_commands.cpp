@@ -181,11 +181,10 @@ void unset(const Words& words, bool has_key, Run& run) {
 void add_ini_commands(CLI::App& app, Run& run) {
   CLI::App* ini = app.add_subcommand("ini", "The values of INI files");
   ini->require_subcommand(1);
-  ini->fallthrough();
+  ini->footer("Example: kqsup ini get /opt/agent/ini/agent.ini Poll Seconds");
   const auto words = std::make_shared<Words>();
   const auto add = [&](const char* name, const char* what, const char* example) {
     CLI::App* command = ini->add_subcommand(name, what);
-    command->fallthrough();
     command->add_option("FILE", words->file, "The file, by the path that agents name it by")
         ->required();
     command->footer(std::string("Example: kqsup ini ") + example);

@@ -11,10 +11,9 @@ namespace kqsup {
 void add_ipc_commands(CLI::App& app, Run& run) {
   CLI::App* const ipc = app.add_subcommand("ipc", "Named objects: what there is, and what is left");
   ipc->require_subcommand(1);
-  ipc->fallthrough();
+  ipc->footer("Example: kqsup ipc list");
 
   CLI::App* const list = ipc->add_subcommand("list", "Show every named object and its state now");
-  list->fallthrough();
   const auto name = std::make_shared<std::string>();
   const CLI::Option* const asked =
       list->add_option("--name", *name,
@@ -31,7 +30,6 @@ void add_ipc_commands(CLI::App& app, Run& run) {
 
   CLI::App* const reap =
       ipc->add_subcommand("reap", "Show what belongs to nobody any more, and remove it with --yes");
-  reap->fallthrough();
   const auto yes = std::make_shared<bool>(false);
   reap->add_flag("--yes", *yes, "Remove it; without, it is only shown");
   reap->footer(

@@ -10,7 +10,9 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
   app.fallthrough();
   app.add_flag("--json", run.as_json, "Print JSON instead of a table");
-  app.footer("Ends with 0, with 1 when it found something wrong, with 2 when it could not look.");
+  app.footer(
+      "Ends with 0, with 1 when it found something wrong, with 2 when it could not look.\n\n"
+      "Example: kqsup doctor");
   kqsup::add_ipc_commands(app, run);
   kqsup::add_log_commands(app, run);
   kqsup::add_sdo_commands(app, run);

@@ -42,9 +42,8 @@ void dump(const std::string& path, Run& run) {
 void add_sdo_commands(CLI::App& app, Run& run) {
   CLI::App* sdo = app.add_subcommand("sdo", "Records as bytes");
   sdo->require_subcommand(1);
-  sdo->fallthrough();
+  sdo->footer("Example: kqsup sdo dump sensors.sdo");
   CLI::App* command = sdo->add_subcommand("dump", "Show a record, or an array of records");
-  command->fallthrough();
   const auto path = std::make_shared<std::string>();
   command->add_option("FILE", *path, "The file that begins with it; - is the standard input")
       ->required();
