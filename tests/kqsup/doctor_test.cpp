@@ -1,5 +1,12 @@
 #include "doctor_checks.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string_view>
+
+#include "doctor_cleaners.h"
 #include "gtest/gtest.h"
 #include "kqsup/tree.h"
 #include "nlohmann/json.hpp"
@@ -16,6 +23,7 @@ using kqsup::Root;
 using kqsupt::tests::built_program;
 using kqsupt::tests::Outcome;
 using kqsupt::tests::run;
+using kqsupt::tests::run_native;
 using kqsupt::tests::Tree;
 using nlohmann::ordered_json;
 
@@ -48,11 +56,24 @@ class KqsupDoctor : public testing::Test {
     return {root, HostPaths(root, [](const char*) -> const char* { return nullptr; }), now};
   }
 
+  void mount_for_reading(const std::string& path) const {
+    const std::string directory = tree_.at(path);
+    ASSERT_EQ(run_native({"mount", "--bind", directory, directory}).exit_status, 0);
+    ASSERT_EQ(run_native({"mount", "-o", "remount,bind,ro", directory}).exit_status, 0);
+  }
+  void unmount(const std::string& path) const {
+    EXPECT_EQ(run_native({"umount", "-l", tree_.at(path)}).exit_status, 0);
+  }
+
   const char* const kSemTitles =
       "       key      semid perms      nsems   uid   gid  cuid  cgid      otime      ctime\n";
   const char* const kShmTitles =
       "       key      shmid perms                  size  cpid  lpid nattch   uid   gid  cuid  "
       "cgid      atime      dtime      ctime                   rss                  swap\n";
+  const char* const kNames =
+      "[Unique String Name Key Section]\nkqsupsmp0123456789ABCDEF0123456789ABCDEF=300001\n\n"
+      "[Unique Numeric Value Key Section]\n300001=kqsupsmp0123456789ABCDEF0123456789ABCDEF\n\n"
+      "[Semaphore List]\n65538=4711\n";
   Tree tree_;
 };
 
@@ -108,6 +129,16 @@ TEST_F(KqsupDoctor, LooksForItWithTheOtherProductWhereTheFirstHasNone) {
   tree_.write("etc/ybreg.cfg", "nurb.installpath=/opt/nurb\n");
   tree_.make("opt/nurb/.ipc");
   EXPECT_EQ(check_ipc_directory(host()).health, Health::kOk);
+}
+
+TEST_F(KqsupDoctor, WantsADirectoryOfSharedObjectsThatIsNotMountedForReading) {
+  mount_for_reading("opt/wexlib/var/.ipc");
+  const Finding finding = check_ipc_directory(host());
+  unmount("opt/wexlib/var/.ipc");
+  EXPECT_EQ(finding.found, "/opt/wexlib/var/.ipc: Read-only file system");
+  EXPECT_EQ(finding.to_do,
+            "Let the users whose agents share objects write to /opt/wexlib/var/.ipc.");
+  EXPECT_EQ(finding.health, Health::kWrong);
 }
 
 TEST(KqsupDoctorJudges, TheOwnerAndModeOfTheIpcDirectory) {
@@ -194,6 +225,7 @@ TEST_F(KqsupDoctor, WarnsOfLogindWhichRemovesObjectsUnlessTold) {
 
 TEST_F(KqsupDoctor, FindsObjectsThatLogindWillRemove) {
   tree_.write("etc/systemd/logind.conf", "");
+  tree_.write("opt/wexlib/var/.ipc/.lxsuptIPCini", kNames);
   tree_.write("proc/sysvipc/sem", kSemTitles + std::string("300001 0 664 1 999 0 999 0 0 0\n"));
   EXPECT_EQ(check_logind(host()).health, Health::kWarning);
   tree_.write("proc/sysvipc/sem", kSemTitles + std::string("300000 0 664 1 1000 0 1000 0 0 0\n"));
@@ -202,6 +234,37 @@ TEST_F(KqsupDoctor, FindsObjectsThatLogindWillRemove) {
   EXPECT_EQ(check_logind(host()).health, Health::kWrong);
   tree_.write("etc/systemd/logind.conf", "[Login]\nRemoveIPC=false");
   EXPECT_EQ(check_logind(host()).health, Health::kOk);
+}
+
+TEST_F(KqsupDoctor, KnowsTheObjectsOfAgentsByTheRegistryOfNames) {
+  tree_.write("etc/systemd/logind.conf", "");
+  const auto health = [this](const std::string& set) {
+    tree_.write("proc/sysvipc/sem", kSemTitles + set + " 1 1000 0 1000 0 0 0\n");
+    return check_logind(host()).health;
+  };
+  EXPECT_EQ(health("300001 7 664"), Health::kWarning);
+  tree_.write("opt/wexlib/var/.ipc/.lxsuptIPCini", kNames);
+  EXPECT_EQ(health("300001 7 664"), Health::kWrong);
+  EXPECT_EQ(health("300002 7 664"), Health::kWarning);
+  EXPECT_EQ(health("1627521025 7 664"), Health::kWarning);  // of ftok()
+  EXPECT_EQ(health("-1879048191 7 664"), Health::kWarning);
+  EXPECT_EQ(health("0 7 664"), Health::kWarning);
+  EXPECT_EQ(health("0 65538 664"), Health::kWrong);  // in the list of sets
+  tree_.write("proc/sysvipc/sem", kSemTitles);
+  tree_.write("proc/sysvipc/shm", kShmTitles + std::string("0 65538 664 1 1 1 0 1000 0 1000 0\n"));
+  EXPECT_EQ(check_logind(host()).health, Health::kWarning);
+  tree_.write("proc/sysvipc/shm", kShmTitles + std::string("300001 7 664 1 1 1 0 0 0 1000 0\n"));
+  EXPECT_EQ(check_logind(host()).health, Health::kWrong);
+}
+
+TEST_F(KqsupDoctor, ReadsTheFirstMainFileOfLogindThatThereIs) {
+  std::filesystem::remove(tree_.at("etc/systemd/logind.conf"));
+  tree_.write("usr/lib/systemd/logind.conf", "[Login]\nRemoveIPC=yes\n");
+  EXPECT_EQ(check_logind(host()).health, Health::kWarning);
+  tree_.write("usr/local/lib/systemd/logind.conf", "[Login]\nRemoveIPC=no\n");
+  EXPECT_EQ(check_logind(host()).health, Health::kOk);
+  tree_.write("run/systemd/logind.conf", "");
+  EXPECT_EQ(check_logind(host()).health, Health::kWarning);
 }
 
 TEST_F(KqsupDoctor, WarnsOfStickyDirectoriesUnderProtection) {
@@ -267,8 +330,43 @@ TEST_F(KqsupDoctor, WarnsOfDailyCleanersThatNameADirectoryAboveTheVariableData) 
             "/etc/cron.daily/tmpwatch names /opt, which is over /opt/wexlib/var/.ipc");
 }
 
+TEST_F(KqsupDoctor, DailyCleanersMayNameWhatTheySpare) {
+  tree_.write("etc/tmpreaper.conf", "TMPREAPER_PROTECT_EXTRA='/opt/wexlib'\nTMPREAPER_DIRS=/tmp\n");
+  tree_.write("etc/cron.daily/tmpwatch", "tmpwatch -umc -x /opt/wexlib/var 10d /tmp\n");
+  EXPECT_EQ(check_cleaners(host()).health, Health::kOk);
+  tree_.write("etc/cron.daily/tmpwatch", "tmpwatch -umc -x /opt/wexlib/var 10d /opt\n");
+  EXPECT_EQ(check_cleaners(host()).health, Health::kWarning);
+}
+
+TEST(KqsupDoctorJudges, WhichPathsADailyCleanerIsToldToClean) {
+  const auto paths = [](const char* line) {
+    std::string all;
+    for (const std::string& path : kqsup::cleaned_paths(line)) {
+      all += path + " ";
+    }
+    return all;
+  };
+  EXPECT_EQ(paths("tmpwatch -umc 10d /tmp '/opt/*'"), "/tmp /opt ");
+  EXPECT_EQ(paths("tmpwatch -x /a -x  '/b' 10d /c"), "/c ");
+  EXPECT_EQ(paths("tmpwatch --exclude=/a --exclude /b --exclude='/c' /d"), "/d ");
+  EXPECT_EQ(paths("tmpwatch -x \"$SPARED\" /a"), "/a ");
+  EXPECT_EQ(paths("tmpwatch /a -x"), "/a ");
+  EXPECT_EQ(paths("TMPREAPER_PROTECT_EXTRA='/a /b/*'"), "");
+  EXPECT_EQ(paths("DIRS='/a' # PROTECT /b"), "/a ");
+}
+
+TEST_F(KqsupDoctor, ReadsNoMoreOfAFileThanAMebibyte) {
+  const std::string line = "d /opt - - - 5d\n";
+  const std::string blank(1U << 20U, '\n');
+  tree_.write("usr/lib/tmpfiles.d/a.conf", blank + line);
+  EXPECT_EQ(check_cleaners(host()).health, Health::kOk);
+  tree_.write("usr/lib/tmpfiles.d/a.conf", blank.substr(line.size()) + line);
+  EXPECT_EQ(check_cleaners(host()).health, Health::kWrong);
+}
+
 TEST(KqsupDoctorJudges, WhichLineCleansADirectory) {
-  const auto cleaner = [](const char* text) {
+  using namespace std::string_view_literals;
+  const auto cleaner = [](std::string_view text) {
     const std::vector<CleanerLine> lines = kqsup::cleaner_lines(text);
     const CleanerLine* line = kqsup::cleaner_of(lines, "/var/tmp/v/.ipc");
     return line != nullptr ? line->type + " " + line->path : "none";
@@ -289,6 +387,8 @@ TEST(KqsupDoctorJudges, WhichLineCleansADirectory) {
   EXPECT_EQ(cleaner("d"), "none");
   EXPECT_EQ(cleaner("\"\" \"\"\nd \"/var/tmp"), "none");
   EXPECT_EQ(cleaner("%\nd %\nd \\"), "none");
+  EXPECT_EQ(cleaner("\0 /var/tmp - - - 5d"sv), "none");
+  EXPECT_EQ(cleaner("d /var - - - 5d\n\0 /var/*"sv), "d /var");
 }
 
 TEST_F(KqsupDoctor, WantsLogsThatCanBeWritten) {
@@ -303,15 +403,31 @@ TEST_F(KqsupDoctor, WantsLogsThatCanBeWritten) {
   EXPECT_EQ(check_logs(host()).health, Health::kWrong);
 }
 
-TEST_F(KqsupDoctor, FindsLogsOnADiskThatIsMountedForReading) {
-  const std::string directory = tree_.at("opt/q/log/log");
-  const auto mount = [](const std::vector<std::string>& words) {
-    return kqsupt::tests::run_native(words).exit_status;
+TEST_F(KqsupDoctor, WantsToReadTheLogInXmlOnly) {
+  tree_.write("opt/q/log/log/kqsys32.log", "");
+  ASSERT_EQ(chmod(tree_.at("opt/q/log/log/kqsys32.log").c_str(), 0222), 0);
+  // Root may read everything but for these.
+  kqsupt::tests::Command command{"setpriv", "--inh-caps", "-all", "--bounding-set",
+                                 "-dac_override,-dac_read_search"};
+  for (const std::string& word : kqsupt::tests::with_runner(
+           {built_program("kqsup"), "doctor", "--json", "--root", tree_.root()})) {
+    command.push_back(word);
+  }
+  const auto logs = [&command] {
+    return ordered_json::parse(run_native(command).out, nullptr, false)[11];
   };
-  ASSERT_EQ(mount({"mount", "--bind", directory, directory}), 0);
-  ASSERT_EQ(mount({"mount", "-o", "remount,bind,ro", directory}), 0);
+  EXPECT_EQ(logs()["check"], "event logs");
+  EXPECT_EQ(logs()["state"], "ok") << logs();
+  tree_.write("opt/q/log/log/kqsys32.xml", "");
+  ASSERT_EQ(chmod(tree_.at("opt/q/log/log/kqsys32.xml").c_str(), 0222), 0);
+  EXPECT_EQ(logs()["found"], "/opt/q/log/log/kqsys32.xml: Permission denied");
+  EXPECT_EQ(logs()["state"], "wrong");
+}
+
+TEST_F(KqsupDoctor, FindsLogsOnADiskThatIsMountedForReading) {
+  mount_for_reading("opt/q/log/log");
   const Finding finding = check_logs(host());
-  EXPECT_EQ(mount({"umount", "-l", directory}), 0);
+  unmount("opt/q/log/log");
   EXPECT_EQ(finding.found, "/opt/q/log/log: Read-only file system");
   EXPECT_EQ(finding.health, Health::kWrong);
 }
@@ -337,6 +453,46 @@ TEST_F(KqsupDoctor, EndsWithOneWhenSomethingIsWrongAndChangesNothing) {
   EXPECT_EQ(outcome.exit_status, 1) << outcome.err;
   EXPECT_EQ(ordered_json::parse(outcome.out)[1]["state"], "wrong");
   EXPECT_EQ(tree_.state(), before);
+}
+
+TEST_F(KqsupDoctor, LeavesTheTimeOfTheLastLook) {
+  tree_.write("etc/systemd/logind.conf", "[Login]\n");
+  tree_.write("etc/systemd/logind.conf.d/a.conf", "[Login]\n");
+  tree_.write("usr/lib/tmpfiles.d/a.conf", "q /tmp 1777 - - 10d\n");
+  tree_.write("etc/tmpreaper.conf", "TMPREAPER_DIRS=/tmp\n");
+  tree_.write("opt/wexlib/var/.ipc/.lxsuptIPCini", kNames);
+  for (const char* shared : {"opt/wexlib/var/.ipc", "opt/q/log/log"}) {
+    ASSERT_EQ(chmod(tree_.at(shared).c_str(), 01777), 0);
+  }
+  const char* const paths[] = {"etc/ybreg.cfg",
+                               "etc/systemd/logind.conf",
+                               "etc/systemd/logind.conf.d",
+                               "etc/systemd/logind.conf.d/a.conf",
+                               "etc/tmpreaper.conf",
+                               "opt/wexlib/var/.ipc",
+                               "opt/wexlib/var/.ipc/.lxsuptIPCini",
+                               "opt/q/log/log",
+                               "usr/lib/tmpfiles.d",
+                               "usr/lib/tmpfiles.d/a.conf"};
+  constexpr time_t kLastLook = 1000000;
+  for (const char* path : paths) {
+    const struct timespec times[2] = {{kLastLook, 0}, {0, UTIME_OMIT}};
+    ASSERT_EQ(utimensat(AT_FDCWD, tree_.at(path).c_str(), times, 0), 0) << path;
+  }
+  (void)examine(host());
+  for (const char* path : paths) {
+    struct stat after {};
+    ASSERT_EQ(stat(tree_.at(path).c_str(), &after), 0) << path;
+    EXPECT_EQ(after.st_atim.tv_sec, kLastLook) << path;
+  }
+}
+
+TEST_F(KqsupDoctor, CannotLookBelowWhatIsNoDirectory) {
+  for (const char* path : {"nothing", "etc/ybreg.cfg"}) {
+    const Outcome outcome = run({built_program("kqsup"), "doctor", "--root", tree_.at(path)});
+    EXPECT_EQ(outcome.exit_status, 2) << path;
+    EXPECT_EQ(outcome.out, "") << path;
+  }
 }
 
 TEST_F(KqsupDoctor, ChangesNothingInTheSandboxEither) {

@@ -157,6 +157,15 @@ TEST_F(KqsupPathsCommand, TellsThatThereIsNoRegistryOrThatItCannotBeRead) {
   EXPECT_EQ(list().exit_status, 2);
 }
 
+TEST_F(KqsupPathsCommand, CannotLookBelowWhatIsNoDirectory) {
+  tree_.write("file", "");
+  for (const char* path : {"nothing", "file"}) {
+    const Outcome outcome = run({built_program("kqsup"), "paths", "--root", tree_.at(path)});
+    EXPECT_EQ(outcome.exit_status, 2) << path;
+    EXPECT_EQ(outcome.out, "") << path;
+  }
+}
+
 TEST_F(KqsupPathsCommand, TellsHowItIsUsed) {
   EXPECT_NE(run({built_program("kqsup"), "paths", "--help"}).out.find("Example: kqsup paths"),
             std::string::npos);

@@ -7,8 +7,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "doctor_files.h"
@@ -29,18 +27,21 @@ std::string owner_of(const struct stat& about) {
   return std::to_string(about.st_uid) + ":" + std::to_string(about.st_gid);
 }
 
-}  // namespace
-
-const char* name_of(Health health) {
-  switch (health) {
-    case Health::kOk:
-      return "ok";
-    case Health::kWarning:
-      return "warning";
-    default:
-      return "wrong";
-  }
+// Why the file, or the directory, could not be used like that; 0 when it could. Root may write to
+// anything but what is mounted for reading.
+int error_of_access(const std::string& path, int how) {
+  return faccessat(AT_FDCWD, path.c_str(), how, AT_EACCESS) == 0 ? 0 : errno;
 }
+
+// What cannot be written to is wrong; but another user may be allowed what this one is not.
+Finding& set_not_written(Finding& finding, const std::string& path, int error, std::string to_do) {
+  const bool may_be_others = error == EACCES && geteuid() != 0;
+  return set(finding, may_be_others ? Health::kWarning : Health::kWrong,
+             path + ": " + std::strerror(error) + (may_be_others ? ", for this user" : ""),
+             std::move(to_do));
+}
+
+}  // namespace
 
 // ---- The registry, and the directory of shared objects ----
 
@@ -118,10 +119,14 @@ Finding check_ipc_directory(const Host& host) {
   if (stat(host.root.at(path).c_str(), &directory) != 0) {
     return set(finding, Health::kWrong, path + ": " + std::strerror(errno),
                "Make the directory " + path +
-                   ", which every user whose agents share objects may "
-                   "write to.");
+                   ", which every user whose agents share objects may write to.");
   }
-  return judge_ipc_directory(path, directory, parent);
+  const Finding judged = judge_ipc_directory(path, directory, parent);
+  const int error = error_of_access(host.root.at(path), W_OK | X_OK);
+  return judged.health != Health::kOk || error == 0
+             ? judged
+             : set_not_written(finding, path, error,
+                               "Let the users whose agents share objects write to " + path + ".");
 }
 
 namespace {
@@ -132,15 +137,20 @@ Finding protected_finding() {
                  "the lock file or log of another user when it might have to make it.");
 }
 
+// Whether this value of fs.protected_regular is about a directory.
+bool is_protected(int level, const struct stat& directory) {
+  const bool is_shared = ((directory.st_mode & S_IWOTH) != 0 && level >= 1) ||
+                         ((directory.st_mode & S_IWGRP) != 0 && level >= 2);
+  return (directory.st_mode & S_ISVTX) != 0 && is_shared;
+}
+
 }  // namespace
 
 Finding judge_protected_files(int level, const std::string& path, const struct stat& directory,
                               const std::vector<uid_t>& owners) {
   Finding finding = protected_finding();
   const std::string setting = "fs.protected_regular=" + std::to_string(level);
-  const bool is_shared = ((directory.st_mode & S_IWOTH) != 0 && level >= 1) ||
-                         ((directory.st_mode & S_IWGRP) != 0 && level >= 2);
-  if ((directory.st_mode & S_ISVTX) == 0 || !is_shared) {
+  if (!is_protected(level, directory)) {
     return set_ok(finding, setting);
   }
   const std::string found = setting + ", and " + path + " is " + octal(directory.st_mode);
@@ -161,11 +171,9 @@ namespace {
 // The owners of the regular files in a directory.
 std::vector<uid_t> owners_in(const std::string& directory) {
   std::vector<uid_t> owners;
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
-       entry.increment(error)) {
+  for (const std::string& name : names_in(directory)) {
     struct stat about {};
-    if (lstat(entry->path().c_str(), &about) == 0 && S_ISREG(about.st_mode)) {
+    if (lstat((directory + "/" + name).c_str(), &about) == 0 && S_ISREG(about.st_mode)) {
       owners.push_back(about.st_uid);
     }
   }
@@ -189,7 +197,8 @@ Finding check_protected_files(const Host& host) {
         std::pair(host.paths.path("Quillance", "logpath"), "/log")}) {
     const std::string path = directory + inside;
     struct stat about {};
-    if (directory.empty() || stat(host.root.at(path).c_str(), &about) != 0) {
+    if (directory.empty() || stat(host.root.at(path).c_str(), &about) != 0 ||
+        !is_protected(static_cast<int>(*level), about)) {
       continue;
     }
     const Finding one =
@@ -205,10 +214,8 @@ Finding check_protected_files(const Host& host) {
 
 namespace {
 
-// Why the file, or the directory, could not be written to; empty when it could. Root may write to
-// anything but what is mounted for reading.
-std::string why_not_written(const std::string& path, int how) {
-  return faccessat(AT_FDCWD, path.c_str(), how, AT_EACCESS) == 0 ? "" : std::strerror(errno);
+std::string to_let_write(const std::string& path) {
+  return "Let the users of agents that log events write to " + path + ".";
 }
 
 }  // namespace
@@ -223,34 +230,34 @@ Finding check_logs(const Host& host) {
                "install registry.");
   }
   const std::string directory = parent + "/log";
+  const auto set_wrong = [&finding](const std::string& path, const char* why) {
+    return set(finding, Health::kWrong, path + ": " + why, to_let_write(path));
+  };
   struct stat about {};
   const bool is_made = stat(host.root.at(directory).c_str(), &about) == 0;
-  std::string wrong = directory;
-  std::string why;
   if (is_made && !S_ISDIR(about.st_mode)) {
-    why = "It is no directory";
-  } else {
-    // Where it is missing, the first event makes it.
-    wrong = is_made ? directory : parent;
-    why = why_not_written(host.root.at(wrong), W_OK | X_OK);
+    return set_wrong(directory, "It is no directory");
   }
-  for (const char* name : {"/kqsys32.log", "/kqsys32.xml"}) {
+  // Where it is missing, the first event makes it.
+  const std::string& first = is_made ? directory : parent;
+  if (const int error = error_of_access(host.root.at(first), W_OK | X_OK)) {
+    return set_not_written(finding, first, error, to_let_write(first));
+  }
+  // The library reads the XML log as well; the other one may be for writing only.
+  for (const auto& [name, how] :
+       {std::pair("/kqsys32.log", W_OK), std::pair("/kqsys32.xml", R_OK | W_OK)}) {
     const std::string path = directory + name;
-    if (!why.empty() || stat(host.root.at(path).c_str(), &about) != 0) {
+    if (stat(host.root.at(path).c_str(), &about) != 0) {
       continue;
     }
-    wrong = path;
-    why = S_ISREG(about.st_mode) ? why_not_written(host.root.at(path), R_OK | W_OK)
-                                 : "It is no regular file";
+    if (!S_ISREG(about.st_mode)) {
+      return set_wrong(path, "It is no regular file");
+    }
+    if (const int error = error_of_access(host.root.at(path), how)) {
+      return set_not_written(finding, path, error, to_let_write(path));
+    }
   }
-  if (why.empty()) {
-    return set_ok(finding, directory);
-  }
-  // Another user may be allowed what this one is not.
-  const bool may_be_others = why == std::strerror(EACCES) && geteuid() != 0;
-  return set(finding, may_be_others ? Health::kWarning : Health::kWrong,
-             wrong + ": " + why + (may_be_others ? ", for this user" : ""),
-             "Let the users of agents that log events write to " + wrong + ".");
+  return set_ok(finding, directory);
 }
 
 Finding check_clock(const Host& host) {

@@ -1,15 +1,16 @@
 // Whether something takes old files away from where agents keep what they share.
+#include "doctor_cleaners.h"
 
 #include <fnmatch.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <optional>
 #include <system_error>
 #include <utility>
 
+#include "doctor_checks.h"
 #include "doctor_files.h"
 #include "looked_at.h"
 
@@ -78,36 +79,20 @@ std::vector<std::string> enclosing(std::string directory) {
   return all;
 }
 
-// The absolute paths in a line of a shell script, without what only says "all that is in it".
-std::vector<std::string> named_paths(std::string_view line) {
-  constexpr std::string_view kBetween = " \t\r\"'=;";
-  std::vector<std::string> paths;
-  line = line.substr(0, line.find('#'));
-  while (!line.empty()) {
-    const size_t end = std::min(line.find_first_of(kBetween), line.size());
-    std::string_view word = line.substr(0, end);
-    line.remove_prefix(std::min(end + 1, line.size()));
-    for (const std::string_view rest : {"/*", "/.", "/"}) {
-      if (word.size() > rest.size() && word.ends_with(rest)) {
-        word.remove_suffix(rest.size());
-      }
-    }
-    if (word.starts_with('/')) {
-      paths.emplace_back(word);
-    }
-  }
-  return paths;
+// Behind these words of a command line stands what the cleaner is to spare.
+bool is_exception(std::string_view word) {
+  return word == "-x" || word == "--exclude";
 }
 
 bool has_glob(char type) {
-  return std::strchr("exXrRzZ", type) != nullptr;
+  return std::string_view("exXrRzZ").find(type) != std::string_view::npos;
 }
 
 // Whether the line takes away what lies below its path: when that is old, or at the next start.
 bool takes_away(const CleanerLine& line) {
   const char type = line.type[0];
-  return (!line.age.empty() && std::strchr("dDevqQC", type) != nullptr) || type == 'D' ||
-         type == 'R';
+  const bool has_age = std::string_view("dDevqQC").find(type) != std::string_view::npos;
+  return (has_age && !line.age.empty()) || type == 'D' || type == 'R';
 }
 
 }  // namespace
@@ -154,10 +139,38 @@ const CleanerLine* cleaner_of(const std::vector<CleanerLine>& lines, const std::
   return nullptr;
 }
 
+std::vector<std::string> cleaned_paths(std::string_view line) {
+  constexpr std::string_view kBetween = " \t\r\"'=;";
+  std::vector<std::string> paths;
+  line = line.substr(0, line.find('#'));
+  if (line.find("PROTECT") != std::string_view::npos) {
+    return paths;
+  }
+  bool is_spared = false;
+  while (!line.empty()) {
+    const size_t end = std::min(line.find_first_of(kBetween), line.size());
+    std::string_view word = line.substr(0, end);
+    line.remove_prefix(std::min(end + 1, line.size()));
+    if (word.empty()) {
+      continue;
+    }
+    for (const std::string_view rest : {"/*", "/.", "/"}) {
+      if (word.size() > rest.size() && word.ends_with(rest)) {
+        word.remove_suffix(rest.size());
+      }
+    }
+    if (word.starts_with('/') && !is_spared) {
+      paths.emplace_back(word);
+    }
+    is_spared = is_exception(word);
+  }
+  return paths;
+}
+
 namespace {
 
-// The name of a directory with the links on the way to it followed; the same name where they lead out
-// of what is looked at.
+// The name of a directory with the links on the way to it followed; the same name where they lead
+// out of what is looked at.
 std::string followed(const Root& root, const std::string& directory) {
   std::error_code error;
   const std::string top = std::filesystem::canonical(root.at("/"), error);
@@ -168,25 +181,26 @@ std::string followed(const Root& root, const std::string& directory) {
 
 std::vector<CleanerLine> tmpfiles_lines(const Root& root) {
   std::vector<CleanerLine> lines;
-  for (const std::string& text :
-       configuration(root, {"/etc/tmpfiles.d", "/run/tmpfiles.d", "/usr/local/lib/tmpfiles.d",
-                            "/usr/lib/tmpfiles.d"})) {
-    for (CleanerLine& line : cleaner_lines(text)) {
-      lines.push_back(std::move(line));
-    }
-  }
+  read_configuration(
+      root,
+      {"/etc/tmpfiles.d", "/run/tmpfiles.d", "/usr/local/lib/tmpfiles.d", "/usr/lib/tmpfiles.d"},
+      [&lines](const std::string& text) {
+        for (CleanerLine& line : cleaner_lines(text)) {
+          lines.push_back(std::move(line));
+        }
+      });
   return lines;
 }
 
-// What a cleaner that runs every day is told to clean, as far as its files name it: the first of them
-// that does, and the directory that it names.
+// What a cleaner that runs every day is told to clean, as far as its files name it: the first of
+// them that does, and the directory that it names.
 std::optional<std::pair<std::string, std::string>> daily_cleaner_of(const Root& root,
                                                                     const std::string& directory) {
   const std::vector<std::string> above = enclosing(directory);
   for (const char* file :
        {"/etc/tmpreaper.conf", "/etc/cron.daily/tmpreaper", "/etc/cron.daily/tmpwatch"}) {
-    for (const std::string& line : lines_of(look_at(root.at(file), kLargestText).bytes)) {
-      for (std::string& word : named_paths(line)) {
+    for (const std::string& line : lines_of(look_at(root.at(file), kLargestConfiguration).bytes)) {
+      for (std::string& word : cleaned_paths(line)) {
         if (word != "/" && std::find(above.begin(), above.end(), word) != above.end()) {
           return std::pair(std::string(file), std::move(word));
         }

@@ -32,9 +32,9 @@ void list_findings(const std::string& root_directory, Run& run) {
 
 void add_doctor_command(CLI::App& app, Run& run) {
   CLI::App* command = app.add_subcommand("doctor", "Tell what on this host would break agents");
-  command->fallthrough();
   const auto root = std::make_shared<std::string>();
-  command->add_option("--root", *root, "Look below this directory instead of /");
+  command->add_option("--root", *root, "Look below this directory instead of /")
+      ->check(CLI::ExistingDirectory);
   command->footer(
       "Run it as the user that agents run as. Ends with 1 when something is wrong; warnings are\n"
       "told only.\n\n"

@@ -5,6 +5,7 @@
 #include <map>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include "looked_at.h"
 
@@ -26,41 +27,20 @@ std::vector<std::string> lines_of(const std::string& text) {
   return lines;
 }
 
-std::vector<std::string> configuration(const Root& root,
-                                       std::initializer_list<const char*> directories) {
+void read_configuration(const Root& root, std::initializer_list<const char*> directories,
+                        const std::function<void(const std::string& text)>& take) {
   std::map<std::string, std::string> files;
   for (const char* directory : directories) {
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(root.at(directory), error), end;
-         !error && entry != end; entry.increment(error)) {
-      if (entry->path().extension() == ".conf") {
-        files.emplace(entry->path().filename(), entry->path());
+    const std::string place = root.at(directory);
+    for (const std::string& name : names_in(place)) {
+      if (std::filesystem::path(name).extension() == ".conf") {
+        files.emplace(name, place + "/" + name);
       }
     }
   }
-  std::vector<std::string> texts;
   for (const auto& [name, path] : files) {
-    texts.push_back(look_at(path, kLargestText).bytes);
+    take(look_at(path, kLargestConfiguration).bytes);
   }
-  return texts;
-}
-
-Finding finding(const char* check, const char* why) {
-  Finding finding;
-  finding.check = check;
-  finding.why = why;
-  return finding;
-}
-
-Finding& set(Finding& finding, Health health, std::string found, std::string to_do) {
-  finding.health = health;
-  finding.found = std::move(found);
-  finding.to_do = std::move(to_do);
-  return finding;
-}
-
-Finding& set_ok(Finding& finding, std::string found) {
-  return set(finding, Health::kOk, std::move(found), {});
 }
 
 }  // namespace kqsup

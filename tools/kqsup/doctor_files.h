@@ -1,32 +1,30 @@
-// What the checks of a host read from its files, and how they say what they found.
+// What the checks of a host read from its files.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "doctor_checks.h"
+#include "host_paths.h"
 
 namespace kqsup {
-
-// ---- Files ----
 
 [[nodiscard]] std::vector<std::string> lines_of(const std::string& text);
 
 // A number, or none when there is anything else.
 [[nodiscard]] std::optional<unsigned long long> number_of(std::string_view text);
 
-// The configuration files of these directories in the order of their names. A file of an earlier
-// directory stands for one of the same name in a later one, also when it is empty.
-[[nodiscard]] std::vector<std::string> configuration(
-    const Root& root, std::initializer_list<const char*> directories);
+// No more of a configuration file is read.
+inline constexpr size_t kLargestConfiguration = 1U << 20U;
 
-// ---- Findings ----
-
-[[nodiscard]] Finding finding(const char* check, const char* why);
-Finding& set(Finding& finding, Health health, std::string found, std::string to_do);
-Finding& set_ok(Finding& finding, std::string found);
+// Gives the text of each configuration file of these directories to `take`, in the order of their
+// names. A file of an earlier directory stands for one of the same name in a later one, also when
+// it is empty.
+void read_configuration(const Root& root, std::initializer_list<const char*> directories,
+                        const std::function<void(const std::string& text)>& take);
 
 }  // namespace kqsup

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "doctor_checks.h"
 #include "doctor_files.h"
 #include "looked_at.h"
 #include "system_table.h"

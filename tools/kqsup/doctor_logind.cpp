@@ -1,12 +1,16 @@
 // Whether objects go when their users log out.
+#include "doctor_logind.h"
 
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <initializer_list>
 
+#include "doctor_checks.h"
 #include "doctor_files.h"
 #include "looked_at.h"
+#include "name_registry.h"
 #include "system_table.h"
 
 namespace kqsup {
@@ -39,8 +43,6 @@ namespace {
 // Users from here on are people, to those who manage sessions; but for the last one, who is nobody.
 constexpr uid_t kFirstPerson = 1000;
 constexpr uid_t kNobody = 65534;
-// The keys of named objects begin here.
-constexpr uint32_t kFirstKey = 300001;
 
 bool is_person(uid_t user) {
   return user >= kFirstPerson && user != kNobody;
@@ -54,28 +56,33 @@ bool has_logind(const Root& root) {
 }
 
 // Whether logind removes what users leave behind, and what says so.
-bool removes_ipc(const Root& root, std::string* said) {
-  // The first main file that there is counts; files beside it come later, and win.
-  std::vector<std::string> texts;
-  for (const char* place :
-       {"/etc/systemd/logind.conf", "/run/systemd/logind.conf", "/usr/lib/systemd/logind.conf"}) {
-    const LookedAt file = look_at(root.at(place), kLargestText);
-    if (!file.is_missing) {
-      texts.push_back(file.bytes);
-      break;
+class RemoveIpc {
+ public:
+  explicit RemoveIpc(const Root& root) {
+    // The first main file that there is counts; files beside it come later, and win.
+    for (const char* place :
+         {"/etc/systemd/logind.conf", "/run/systemd/logind.conf",
+          "/usr/local/lib/systemd/logind.conf", "/usr/lib/systemd/logind.conf"}) {
+      const LookedAt file = look_at(root.at(place), kLargestConfiguration);
+      if (!file.is_missing) {
+        read(file.bytes);
+        break;
+      }
     }
+    read_configuration(root,
+                       {"/etc/systemd/logind.conf.d", "/run/systemd/logind.conf.d",
+                        "/usr/local/lib/systemd/logind.conf.d", "/usr/lib/systemd/logind.conf.d"},
+                       [this](const std::string& text) { read(text); });
   }
-  for (std::string& text : configuration(
-           root, {"/etc/systemd/logind.conf.d", "/run/systemd/logind.conf.d",
-                  "/usr/local/lib/systemd/logind.conf.d", "/usr/lib/systemd/logind.conf.d"})) {
-    texts.push_back(std::move(text));
-  }
-  *said = "RemoveIPC=yes, which is the default";
-  bool removes = true;
-  for (const std::string& text : texts) {
+
+  [[nodiscard]] bool is_on() const { return is_on_; }
+  [[nodiscard]] const std::string& said() const { return said_; }
+
+ private:
+  void read(const std::string& text) {
     std::string value;
     if (!find_setting(text, "Login", "RemoveIPC", &value)) {
-      continue;
+      return;
     }
     std::string lower = value;
     for (char& c : lower) {
@@ -85,15 +92,38 @@ bool removes_ipc(const Root& root, std::string* said) {
       return std::find(words.begin(), words.end(), lower) != words.end();
     };
     if (is_one_of({"no", "n", "false", "f", "off", "0"})) {
-      removes = false;
+      is_on_ = false;
     } else if (is_one_of({"", "yes", "y", "true", "t", "on", "1"})) {
-      removes = true;
+      is_on_ = true;
     } else {
-      continue;  // it ignores what it does not understand
+      return;  // it ignores what it does not understand
     }
-    *said = "RemoveIPC=" + (value.empty() ? "yes, which is the default" : value);
+    said_ = "RemoveIPC=" + (value.empty() ? "yes, which is the default" : value);
   }
-  return removes;
+
+  bool is_on_ = true;
+  std::string said_ = "RemoveIPC=yes, which is the default";
+};
+
+// The objects that agents share, as the registry of their names has them. Other programs' keys may
+// be any number.
+NameRegistry registry_of(const Host& host) {
+  const std::string data = host.paths.variable_data();
+  return data.empty() ? NameRegistry() : read_name_registry(host.root.at(data) + "/.ipc").registry;
+}
+
+// Whether a row of one of the tables of objects is in the registry.
+bool is_agents(const Row& row, const NameRegistry& registry) {
+  uint32_t key = 0;
+  if (!read_key(row, &key)) {
+    return false;
+  }
+  int32_t id = 0;
+  if (key == 0 && read_field(row, "semid", &id)) {
+    return std::any_of(registry.listed_sets.begin(), registry.listed_sets.end(),
+                       [id](const NameRegistry::ListedSet& set) { return set.id == id; });
+  }
+  return key >= NameRegistry::kFirstKey && key <= registry.highest_key();
 }
 
 }  // namespace
@@ -106,18 +136,19 @@ Finding check_logind(const Host& host) {
   if (!has_logind(host.root)) {
     return set_ok(finding, "not installed");
   }
-  std::string said;
-  if (!removes_ipc(host.root, &said)) {
+  const RemoveIpc setting(host.root);
+  const std::string& said = setting.said();
+  if (!setting.is_on()) {
     return set_ok(finding, said);
   }
   const char* to_do =
       "Write [Login] and RemoveIPC=no into /etc/systemd/logind.conf.d/agents.conf and restart "
       "systemd-logind, or run agents as root or as system users.";
+  const NameRegistry registry = registry_of(host);
   for (const char* table : {"/proc/sysvipc/sem", "/proc/sysvipc/shm"}) {
     const LookedAt objects = look_at(host.root.at(table), kLargestText);
     for (const Row& row : rows_of(objects.bytes)) {
-      uint32_t key = 0;
-      if (!read_key(row, &key) || key < kFirstKey) {
+      if (!is_agents(row, registry)) {
         continue;
       }
       for (const char* user : {"uid", "cuid"}) {

@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <memory>
 
 #include "command.h"
@@ -50,9 +49,9 @@ void list_paths(const std::string& root_directory, Run& run) {
 void add_paths_command(CLI::App& app, Run& run) {
   CLI::App* command =
       app.add_subcommand("paths", "List the products' directories, and which are missing");
-  command->fallthrough();
   const auto root = std::make_shared<std::string>();
-  command->add_option("--root", *root, "Look below this directory instead of /");
+  command->add_option("--root", *root, "Look below this directory instead of /")
+      ->check(CLI::ExistingDirectory);
   command->footer(
       "Reads the install registry; ends with 1 when a directory of it is missing.\n\n"
       "Example: kqsup paths --json");
