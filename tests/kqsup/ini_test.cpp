@@ -246,6 +246,15 @@ TEST_F(KqsupIniCommand, SetFindsTheFileHoweverItsPathIsWritten) {
   std::filesystem::current_path(before);
 }
 
+TEST_F(KqsupIniCommand, AFileOfTooManyLinesCannotBeLookedAt) {
+  std::string lines;
+  for (int i = 0; i < 200001; ++i) {
+    lines += "=\n";
+  }
+  put(file_, lines);
+  EXPECT_EQ(ini({"list", file_}).exit_status, 2);
+}
+
 TEST_F(KqsupIniCommand, TellsHowItIsUsed) {
   for (const char* command : {"get", "set", "unset", "list"}) {
     const Outcome outcome = ini({command, "--help"});

@@ -30,6 +30,14 @@ bool is_left_behind(const std::string& backup) {
   return stat(backup.c_str(), &about) == 0 && about.st_ctime + 1 < std::time(nullptr);
 }
 
+// A line takes some hundred times the memory that it has in the file.
+LookedAt look_at_lines(const std::string& path) {
+  LookedAt file = look_at(path, kLargestIni);
+  file.goes_on = file.goes_on ||
+                 std::count(file.bytes.begin(), file.bytes.end(), '\n') > ptrdiff_t{kMostIniLines};
+  return file;
+}
+
 }  // namespace
 
 // A replacement renames the old file away, the new one to its place, and takes the old one away. So
@@ -38,7 +46,7 @@ bool is_left_behind(const std::string& backup) {
 IniFile look_at_ini(const std::string& path) {
   const std::string backup = ini_backup(path);
   if (is_left_behind(backup)) {
-    LookedAt file = look_at(backup, kLargestIni);
+    LookedAt file = look_at_lines(backup);
     if (!file.is_missing) {
       return {std::move(file), true};
     }
@@ -47,7 +55,7 @@ IniFile look_at_ini(const std::string& path) {
   IniFile ini;
   for (int tries = 0; tries < kTries; ++tries) {
     for (const std::string& place : {path, backup}) {
-      ini.file = look_at(place, kLargestIni);
+      ini.file = look_at_lines(place);
       if (!ini.file.is_missing) {
         return ini;
       }

@@ -19,6 +19,9 @@ namespace kqsup {
 // The largest text that is read as one: its keys and values are kept line by line.
 inline constexpr size_t kLargestIni = 4U << 20U;
 
+// Nor has it more lines than this.
+inline constexpr size_t kMostIniLines = 200000;
+
 // A file as it was at one moment, also while somebody replaces it.
 struct IniFile {
   LookedAt file;

@@ -2,8 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <cstdio>
 #include <set>
 
 #include "ipc_objects.h"

@@ -10,7 +10,6 @@
 #include <charconv>
 #include <ctime>
 #include <limits>
-#include <map>
 #include <string>
 
 #include "looked_at.h"
