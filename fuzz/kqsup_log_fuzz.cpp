@@ -47,12 +47,40 @@ std::FILE* nowhere() {
   return file;
 }
 
+// What is damaged is told to nobody while this lives.
+class Silence {
+ public:
+  Silence() : told_(stderr) { stderr = nowhere(); }
+  Silence(const Silence&) = delete;
+  Silence& operator=(const Silence&) = delete;
+  ~Silence() { stderr = told_; }
+
+ private:
+  std::FILE* told_;
+};
+
+// A printer of each of the forms that the commands print in; the size of an input chooses it.
+kqsup::LogPrinter printer_for(size_t size) {
+  using enum kqsup::LogForm;
+  using enum kqsup::LogNews;
+  switch (size % 3) {
+    case 0:
+      return {kLines, kAtEnd, true, nowhere()};
+    case 1:
+      return {kJsonArray, kAtEnd, false, nowhere()};
+    default:
+      return {kJsonLines, kAtOnce, false, nowhere()};
+  }
+}
+
 // Everything is an event or damage, each once and in its order.
-uint64_t read_all(EventReader& reader, bool is_final, uint64_t end, size_t* events) {
+uint64_t read_all(EventReader& reader, bool is_final, uint64_t end, size_t size, size_t* events) {
   kqsup::LogFilter filter;
   filter.types = {1, 2};
   filter.since = 0;
-  kqsup::LogPrinter printer(kqsup::LogForm::kJsonLines, kqsup::LogNews::kAtEnd, false, nowhere());
+  const Silence silence;
+  kqsup::LogPrinter printer = printer_for(size);
+  printer.set_log("log");
   for (Found found; (found = reader.next(is_final)) != Found::kNothing;) {
     if (found == Found::kEvent) {
       const kqsup::LogEvent& event = reader.event();
@@ -67,11 +95,12 @@ uint64_t read_all(EventReader& reader, bool is_final, uint64_t end, size_t* even
       ++*events;
     } else {
       require(reader.damage().offset >= end);
+      printer.print(reader.damage());
       end = reader.damage().offset + reader.damage().size;
     }
     require(end == reader.place());
   }
-  printer.flush();
+  printer.finish();
   return end;
 }
 
@@ -82,18 +111,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Bytes bytes(copy.get(), size);
   EventReader reader(bytes);
   size_t events = 0;
-  (void)read_all(reader, true, 0, &events);
+  (void)read_all(reader, true, 0, size, &events);
 
   // The same while it grows: nothing is shown twice.
   Bytes growing(copy.get(), size / 2);
   EventReader follower(growing);
   size_t followed = 0;
-  uint64_t end = read_all(follower, false, 0, &followed);
+  uint64_t end = read_all(follower, false, 0, size, &followed);
   growing.grow_to(size);
   follower.look_again();
-  end = read_all(follower, false, end, &followed);
+  end = read_all(follower, false, end, size, &followed);
   follower.look_again();
-  end = read_all(follower, true, end, &followed);
+  end = read_all(follower, true, end, size, &followed);
   require(end <= size);
   return 0;
 }

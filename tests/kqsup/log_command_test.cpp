@@ -2,14 +2,17 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -169,6 +172,24 @@ TEST_F(KqsupLogCommand, ALogThatIsNotThereCannotBeLookedAt) {
   EXPECT_EQ(show({scratch.file("pipe")}).exit_status, 2);
   append(7, "a", "", SM_LOG_XML);
   EXPECT_EQ(show({}).exit_status, 0);
+}
+
+// Its writer would go on, and find nobody who reads.
+TEST_F(KqsupLogCommand, APipeIsNotOpened) {
+  const Scratch scratch;
+  const std::string pipe = scratch.file("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int opens = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  if (opens < 0 && errno == ENOSYS) {
+    GTEST_SKIP() << "this host does not tell of files that are opened";
+  }
+  ASSERT_GE(opens, 0);
+  ASSERT_GE(inotify_add_watch(opens, pipe.c_str(), IN_OPEN), 0);
+  EXPECT_EQ(show({pipe}).exit_status, 2);
+  char event[512];
+  EXPECT_EQ(read(opens, event, sizeof event), -1);
+  EXPECT_EQ(errno, EAGAIN);
+  close(opens);
 }
 
 // The memory of a process can be opened, but there is none where it begins.
@@ -520,6 +541,105 @@ TEST_F(KqsupLogCommand, FollowRepeatsNothingOfALogThatIsCut) {
   ASSERT_EQ(truncate(text_log().c_str(), size), 0);
   append(7, "c");
   EXPECT_EQ(follower.next(), "c");
+}
+
+// ---- follow, when what took the name of a log cannot be read ----
+
+// What programs that are started meanwhile write to their standard error.
+class Complaints {
+ public:
+  explicit Complaints(const Scratch& scratch)
+      : path_(scratch.file("complaints")), before_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
+    const int file = open(path_.c_str(), O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0600);
+    dup2(file, STDERR_FILENO);
+    close(file);
+  }
+  Complaints(const Complaints&) = delete;
+  Complaints& operator=(const Complaints&) = delete;
+  ~Complaints() {
+    dup2(before_, STDERR_FILENO);
+    close(before_);
+  }
+  // What there is of them when there is something, or when that takes too long.
+  [[nodiscard]] std::string wait() const {
+    std::string all;
+    for (int i = 0; i < 3000 && !all.ends_with('\n'); ++i) {
+      usleep(10000);
+      all = content_of(path_);
+    }
+    return all;
+  }
+
+ private:
+  std::string path_;
+  int before_;
+};
+
+class KqsupLogFollow : public testing::Test {
+ protected:
+  void SetUp() override { put(log_, text_header() + text_record(u"7", u"old")); }
+
+  // Follows the log while its name goes to something else, and comes back to a file that is well.
+  void expect_told_once(const std::function<void()>& take_name, const std::string& why) {
+    const Complaints complaints(scratch_);
+    Follower follower({log_});
+    EXPECT_EQ(follower.next(), "old");
+    ASSERT_EQ(rename(log_.c_str(), scratch_.file("old").c_str()), 0);
+    take_name();
+    const std::string told = "kqsup: " + log_ + ": " + why + "\n";
+    EXPECT_EQ(complaints.wait(), told);
+    // There are more looks meanwhile.
+    EXPECT_FALSE(follower.process().has_output(200));
+    put(scratch_.file("new"), text_header() + text_record(u"8", u"new"));
+    (void)rmdir(log_.c_str());
+    ASSERT_EQ(rename(scratch_.file("new").c_str(), log_.c_str()), 0);
+    EXPECT_EQ(follower.next(), "new");
+    follower.process().kill(SIGTERM);
+    EXPECT_EQ(follower.process().wait(), 2);
+    EXPECT_EQ(complaints.wait(), told);
+  }
+
+  Scratch scratch_;
+  std::string log_ = scratch_.file("kqsys32.log");
+};
+
+TEST_F(KqsupLogFollow, TellsOnceOfADirectoryThatTookTheName) {
+  expect_told_once([this] { ASSERT_EQ(mkdir(log_.c_str(), 0700), 0); }, "Is a directory");
+}
+
+TEST_F(KqsupLogFollow, TellsOnceOfALogThatMayNotBeOpened) {
+  if (geteuid() == 0) {
+    GTEST_SKIP() << "root may open every file";
+  }
+  expect_told_once([this] { close(open(log_.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0)); },
+                   "Permission denied");
+}
+
+// The memory of a process can be opened, but there is none where it begins.
+TEST_F(KqsupLogFollow, TellsOnceOfALogThatCannotBeRead) {
+  expect_told_once([this] { ASSERT_EQ(symlink("/proc/self/mem", log_.c_str()), 0); },
+                   "Input/output error");
+}
+
+TEST_F(KqsupLogFollow, TellsOfNoErrorWhileThereIsNoLog) {
+  const kqsup::LogFilter everything;
+  Output output;
+  kqsup::LogPrinter printer(kqsup::LogForm::kJsonLines, kqsup::LogNews::kAtOnce, false,
+                            output.file());
+  kqsup::LogFollower follower(log_, everything, printer);
+  int why = 0;
+  ASSERT_TRUE(follower.start(0, &why));
+  ASSERT_EQ(unlink(log_.c_str()), 0);
+  follower.poll();
+  EXPECT_EQ(follower.error(), 0);
+  ASSERT_EQ(mkdir(log_.c_str(), 0700), 0);
+  for (int i = 0; i < 2; ++i) {
+    follower.poll();
+    EXPECT_EQ(follower.error(), EISDIR);
+  }
+  ASSERT_EQ(rmdir(log_.c_str()), 0);
+  follower.poll();
+  EXPECT_EQ(follower.error(), 0);
 }
 
 // A record that a killed writer left is taken away by the next one.

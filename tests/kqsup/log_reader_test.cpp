@@ -229,6 +229,75 @@ TEST(KqsupLog, AnEventWithoutEndTakesLittleMemory) {
   EXPECT_EQ(found.damage, Texts{"256+12583312"});
 }
 
+// Events with junk behind each, of sizes around those of the pieces that are looked through.
+// The log begins with two bytes of junk and the first of them, which tells the order of the others.
+void expect_events_between_junk(std::string log, const Texts& events, const std::string& end = "") {
+  Texts expected{"0:x"};
+  Texts damage{std::to_string(log.size()) + "+2"};
+  log += "jj" + events[0];
+  size_t next = 1;
+  for (const size_t around : {1U, 4096U, 4U * 4096U, 16U * 4096U}) {
+    for (size_t size = around - std::min<size_t>(around - 1, 70); size < around + 8; ++size) {
+      damage.push_back(std::to_string(log.size()) + "+" + std::to_string(size));
+      log.append(size, 'j');
+      log += events[next % events.size()];
+      expected.push_back(std::to_string(next % events.size()) + ":x");
+      ++next;
+    }
+  }
+  const Contents found = contents(log + end);
+  EXPECT_EQ(found.events, expected);
+  EXPECT_EQ(found.damage, damage);
+}
+
+TEST(KqsupLog, ReadsTextRecordsBetweenJunk) {
+  const Texts records{text_record(u"0", u"x"), text_record(u"1", u"x", kDump)};
+  expect_events_between_junk(text_header(), records);
+}
+
+TEST(KqsupLog, ReadsTextRecordsOfTheOtherOrderBetweenJunk) {
+  const Texts records{swapped(text_record(u"0", u"x")), swapped(text_record(u"1", u"x", kDump))};
+  expect_events_between_junk(text_header(), records);
+}
+
+TEST(KqsupLog, ReadsElementsBetweenJunk) {
+  expect_events_between_junk(kXmlBegin, {xml_element("0", "x"), xml_element("1", "x", "0x00")},
+                             kXmlEnd);
+}
+
+TEST(KqsupLog, TheEndOfALogTellsTheOrderOfARecordFarBehindJunk) {
+  for (size_t size = 4096 - 70; size < 4096 + 8; ++size) {
+    SCOPED_TRACE(size);
+    for (const std::string& record : {second_record(), swapped(second_record())}) {
+      const Contents found = contents(std::string(size, 'j') + record);
+      EXPECT_EQ(found.events, Texts{kBoth[1]});
+      EXPECT_EQ(found.damage, Texts{"0+" + std::to_string(size)});
+    }
+  }
+}
+
+TEST(KqsupLog, OfTwoKindsBehindJunkTheFirstOneCounts) {
+  const std::string element = xml_element("7", "x");
+  for (size_t size = 4096 - 600; size < 4096 + 8; ++size) {
+    SCOPED_TRACE(size);
+    const std::string junk(size / 2 * 2, 'j');
+    EXPECT_EQ(contents(junk + second_record() + element).events, (Texts{kBoth[1], "7:x"}));
+    EXPECT_EQ(contents(junk + element + second_record()).events, (Texts{"7:x", kBoth[1]}));
+  }
+}
+
+TEST(KqsupLog, ReadsALargeLogOfOneKindWithJunkBehindEachEvent) {
+  const std::string element = xml_element("7", "x");
+  std::string log((size_t{11} << 20) / 10, 'j');
+  size_t count = 0;
+  for (; log.size() < size_t{5} << 20; ++count) {
+    log += element + "j";
+  }
+  const Contents found = contents(log);
+  EXPECT_EQ(found.events.size(), count);
+  EXPECT_EQ(found.damage.size(), count + 1);
+}
+
 TEST(KqsupLog, AnEventMayBeginAnywhereInWhatIsReadAtOnce) {
   std::string log = text_header();
   size_t count = 0;

@@ -273,10 +273,11 @@ ByteOrder EventReader::likely_order(std::string_view bytes, size_t at) const {
   return (place_ + at) % 2 == 0 ? ByteOrder::kLittle : ByteOrder::kBig;
 }
 
-EventReader::Start EventReader::next_text_start(std::string_view bytes, size_t from,
+EventReader::Start EventReader::next_text_start(std::string_view bytes, size_t size, size_t from,
                                                 std::optional<ByteOrder> order) const {
-  for (size_t at = find_bytes(bytes, kRecord, from); at != std::string_view::npos;
-       at = find_bytes(bytes, kRecord, at + 1)) {
+  const std::string_view piece = bytes.substr(0, size);
+  for (size_t at = find_bytes(piece, kRecord, from); at != std::string_view::npos;
+       at = find_bytes(piece, kRecord, at + 1)) {
     const ByteOrder likely = order.value_or(likely_order(bytes, at));
     const ByteOrder other = likely == ByteOrder::kLittle ? ByteOrder::kBig : ByteOrder::kLittle;
     for (const ByteOrder each : {likely, order ? likely : other}) {
@@ -289,14 +290,30 @@ EventReader::Start EventReader::next_text_start(std::string_view bytes, size_t f
   return {};
 }
 
-// Where, behind that start, the next event of its kind begins; or the first one of any kind.
+// Where, behind that start, the next event of its kind begins; or the first one of any kind. Of two
+// kinds only the nearer one counts, so the other one is not looked for much further on.
 EventReader::Start EventReader::start_after(std::string_view bytes, const Start& start) const {
+  constexpr size_t kFirst = 4096;
+  for (size_t size = kFirst; size < bytes.size(); size *= 4) {
+    const Start next = start_within(bytes, size, start);
+    if (next.kind != Kind::kNone) {
+      return next;
+    }
+  }
+  return start_within(bytes, bytes.size(), start);
+}
+
+// The same, when what tells it stands in the first `size` bytes. What is behind them still tells
+// what it is, so that it is the same with more of them.
+EventReader::Start EventReader::start_within(std::string_view bytes, size_t size,
+                                             const Start& start) const {
   const bool is_big = start.kind == Kind::kText && start.order == ByteOrder::kBig;
   const auto order = start.kind == Kind::kText ? std::optional(start.order) : order_;
   // The same record in the other order is no other record.
-  Start next = start.kind != Kind::kXml ? next_text_start(bytes, is_big ? 2 : 1, order) : Start{};
+  Start next =
+      start.kind != Kind::kXml ? next_text_start(bytes, size, is_big ? 2 : 1, order) : Start{};
   if (start.kind != Kind::kText) {
-    const size_t at = find_bytes(bytes, kElement, 1);
+    const size_t at = find_bytes(bytes.substr(0, size), kElement, 1);
     if (at != std::string_view::npos && (next.kind == Kind::kNone || at < next.at)) {
       next = {Kind::kXml, ByteOrder::kLittle, at};
     }

@@ -65,7 +65,8 @@ class EventReader {
   [[nodiscard]] bool load_more();
   [[nodiscard]] Start start_at(std::string_view bytes) const;
   [[nodiscard]] Start start_after(std::string_view bytes, const Start& start) const;
-  [[nodiscard]] Start next_text_start(std::string_view bytes, size_t from,
+  [[nodiscard]] Start start_within(std::string_view bytes, size_t size, const Start& start) const;
+  [[nodiscard]] Start next_text_start(std::string_view bytes, size_t size, size_t from,
                                       std::optional<ByteOrder> order) const;
   [[nodiscard]] ByteOrder likely_order(std::string_view bytes, size_t at) const;
   [[nodiscard]] bool may_be_little(std::string_view bytes, const Start& start) const;

@@ -3,20 +3,25 @@
 #include <signal.h>
 
 #include <cerrno>
-#include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "command.h"
 #include "event_reader.h"
-#include "listing.h"
 #include "log_file.h"
 #include "log_filter.h"
 #include "log_follower.h"
 #include "log_location.h"
 #include "log_printer.h"
+#include "log_time.h"
 
 namespace kqsup {
 
@@ -28,20 +33,20 @@ struct LogArguments {
   uint64_t count = 10;
 };
 
-void complain(const std::string& path, int why) {
+void could_not_look(Run& run, const std::string& path, int why) {
   const char* reason = why == EINVAL ? "this is no file" : std::strerror(why);
-  std::fprintf(stderr, "kqsup: %s: %s\n", printable(path).c_str(), reason);
+  run.could_not_look(path + ": " + reason);
 }
 
 // The logs that are meant: those that were named, or else this host's. Empty when there are none.
-std::vector<std::string> logs_of(const LogArguments& arguments) {
+std::vector<std::string> logs_of(const LogArguments& arguments, Run& run) {
   if (!arguments.files.empty()) {
     return arguments.files;
   }
   std::string why;
   std::vector<std::string> logs = default_logs(&why);
   if (logs.empty()) {
-    std::fprintf(stderr, "kqsup: %s\n", printable(why).c_str());
+    run.could_not_look(why);
   }
   return logs;
 }
@@ -74,7 +79,7 @@ void show_log(LogFile& file, const LogFilter& filter, LogPrinter& printer) {
 }
 
 void show(const LogArguments& arguments, Run& run) {
-  const std::vector<std::string> logs = logs_of(arguments);
+  const std::vector<std::string> logs = logs_of(arguments, run);
   LogPrinter printer(run.as_json ? LogForm::kJsonArray : LogForm::kLines, LogNews::kAtEnd,
                      logs.size() > 1);
   bool has_any = false;
@@ -91,18 +96,16 @@ void show(const LogArguments& arguments, Run& run) {
       why = 0;
     }
     if (why != 0) {
-      complain(log, why);
+      could_not_look(run, log, why);
       has_complained = true;
-      run.tell(Outcome::kCouldNotLook);
     }
   }
   if (!has_any) {
     // Agents that log only to one of this host's logs are well. Without any there is nothing to
     // see.
     if (!has_complained && !logs.empty()) {
-      complain(logs[0], ENOENT);
+      could_not_look(run, logs[0], ENOENT);
     }
-    run.tell(Outcome::kCouldNotLook);
     return;
   }
   printer.finish();
@@ -111,7 +114,7 @@ void show(const LogArguments& arguments, Run& run) {
 
 // ---- follow ----
 
-volatile std::sig_atomic_t is_over = 0;
+volatile sig_atomic_t is_over = 0;
 
 // What whoever started this program has it ignore stays ignored.
 void heed_signals() {
@@ -125,30 +128,39 @@ void heed_signals() {
   }
 }
 
+struct Followed {
+  std::string log;
+  std::unique_ptr<LogFollower> follower;
+  int told = 0;  // the error that was told, which stands until there is none
+};
+
 void follow(const LogArguments& arguments, Run& run) {
   constexpr timespec kPause{0, 20'000'000};
-  const std::vector<std::string> logs = logs_of(arguments);
+  const std::vector<std::string> logs = logs_of(arguments, run);
   LogPrinter printer(run.as_json ? LogForm::kJsonLines : LogForm::kLines, LogNews::kAtOnce,
                      logs.size() > 1);
-  std::vector<std::unique_ptr<LogFollower>> followers;
+  std::vector<Followed> all;
   for (const std::string& log : logs) {
     auto follower = std::make_unique<LogFollower>(log, arguments.filter, printer);
     int why = 0;
     if (follower->start(arguments.count, &why)) {
-      followers.push_back(std::move(follower));
+      all.push_back({log, std::move(follower)});
     } else {
-      complain(log, why);
-      run.tell(Outcome::kCouldNotLook);
+      could_not_look(run, log, why);
     }
   }
-  if (followers.empty()) {
-    run.tell(Outcome::kCouldNotLook);
+  if (all.empty()) {
     return;
   }
   heed_signals();
   while (is_over == 0 && std::ferror(stdout) == 0) {
-    for (const auto& follower : followers) {
-      follower->poll();
+    for (Followed& each : all) {
+      each.follower->poll();
+      const int why = each.follower->error();
+      if (why != 0 && why != each.told) {
+        could_not_look(run, each.log, why);
+      }
+      each.told = why;
     }
     nanosleep(&kPause, nullptr);
   }

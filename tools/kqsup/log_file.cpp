@@ -1,26 +1,21 @@
 #include "log_file.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "looked_at.h"
+
 namespace kqsup {
 
 std::optional<LogFile> LogFile::open(const std::string& path, int* why) {
-  // Without O_NONBLOCK a pipe of that name would be waited for.
-  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-  // The time of the last look is left as it was where we may do that, which is with files of our
-  // own.
-  int file = ::open(path.c_str(), kFlags | O_NOATIME);
-  if (file < 0 && errno == EPERM) {
-    file = ::open(path.c_str(), kFlags);
-  }
+  const int file = open_to_look(path);
   if (file < 0) {
     *why = errno;
     return std::nullopt;
   }
+  // Something else may have taken the name since it was asked what it is.
   struct stat about {};
   const bool is_known = fstat(file, &about) == 0;
   if (!is_known || !S_ISREG(about.st_mode)) {

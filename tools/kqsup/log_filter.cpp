@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
+#include <initializer_list>
 #include <string_view>
 
 namespace kqsup {

@@ -3,6 +3,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <functional>
+#include <string_view>
+#include <utility>
 
 #include "log_location.h"
 
@@ -55,6 +58,7 @@ bool LogFollower::start(uint64_t count, int* why) {
 }
 
 void LogFollower::poll() {
+  error_ = 0;
   printer_->set_log(path_);
   // Nobody writes to a file that has lost the name: a writer holds the log's lock while it has the
   // file open, and so does who takes the name away.
@@ -65,6 +69,9 @@ void LogFollower::poll() {
   if (!has_name) {
     move_on();
   }
+  if (error_ == 0 && log_ != nullptr) {
+    error_ = log_->file.error();
+  }
   printer_->flush();
 }
 
@@ -73,9 +80,12 @@ void LogFollower::read(Opened& log, bool is_final, const Use& use) {
   for (;;) {
     const EventReader::Found found = log.reader.next(is_final);
     if (found == EventReader::Found::kNothing) {
-      return;
+      break;
     }
     use(log.reader, found);
+  }
+  if (log.file.error() != 0) {
+    error_ = log.file.error();
   }
 }
 
@@ -137,6 +147,9 @@ void LogFollower::move_on() {
   std::unique_ptr<Opened> backup;
   int why = 0;
   if (!open_pair(&next, &backup, &why)) {
+    if (why != ENOENT) {
+      error_ = why;
+    }
     return;
   }
   const auto is_known = [&backup](const std::unique_ptr<Opened>& log) {

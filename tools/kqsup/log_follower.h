@@ -26,6 +26,10 @@ class LogFollower {
   // Prints what has come since.
   void poll();
 
+  // Why the last poll() could not read the log, or not all of it, as errno has it; 0 when it could
+  // or is waiting for a log. It goes on all the same, and may read what comes later.
+  [[nodiscard]] int error() const { return error_; }
+
  private:
   struct Opened {
     explicit Opened(LogFile opened) : file(std::move(opened)), reader(file) {}
@@ -60,6 +64,7 @@ class LogFollower {
   std::unique_ptr<Opened> old_backup_;
   LogFile::State state_;
   bool has_changed_ = true;
+  int error_ = 0;
   std::deque<Seen> seen_;
   std::string bytes_;
 };
