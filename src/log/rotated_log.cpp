@@ -1,6 +1,6 @@
-// Rotating and appending. No lock is waited for, and a log that somebody else holds with flock() is not
-// rotated; two processes that come to rotate at the same time
-// must still not do it twice, for the second one would drop what the first one has just kept.
+// Rotating and appending. No lock is waited for, and a log that somebody else holds with flock() is
+// not rotated; two processes that come to rotate at the same time must still not do it twice, for the
+// second one would drop what the first one has just kept.
 
 #include "log/rotated_log.h"
 
@@ -92,10 +92,12 @@ class Neighbours {
   FileDescriptor directory_;
 };
 
-// The highest generation that there is, up to `most`; 0 for none. Where that cannot be known, those up
-// to kMostTried are tried one by one, and what is beyond is not seen.
+// Where a directory cannot be read, generations up to this one are tried one by one, and what is
+// beyond is not seen.
 constexpr uint32_t kMostTried = 1000;
 
+// The highest generation that there is, up to `most`; 0 for none. Where that cannot be known, the
+// highest one that is to be tried.
 uint32_t highest_generation(const char* path, uint32_t most) {
   const std::string_view whole(path);
   const size_t slash = whole.rfind('/');

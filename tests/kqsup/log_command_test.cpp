@@ -346,6 +346,17 @@ class Output {
   std::FILE* file_;
 };
 
+// All events of a log followed in this process.
+struct Following {
+  explicit Following(const std::string& log) : follower(log, everything, printer) {}
+
+  const kqsup::LogFilter everything{};
+  Output output{};
+  kqsup::LogPrinter printer{kqsup::LogForm::kJsonLines, kqsup::LogNews::kAtOnce, false,
+                            output.file()};
+  kqsup::LogFollower follower;
+};
+
 TEST_F(KqsupLogCommand, FollowBeginsWithTheLastEvents) {
   for (const char* text : {"a", "b", "c"}) {
     append(7, text);
@@ -473,11 +484,8 @@ TEST(KqsupLogFollower, ReadsTheBackupThatItDidNotSeeAsALog) {
   for (const Texts& contents : {Texts{text_log(u"a"), text_log(u"b"), text_log(u"c")},
                                 Texts{xml_log("a"), xml_log("b"), xml_log("c")}}) {
     put(log, contents[0]);
-    const kqsup::LogFilter everything;
-    Output output;
-    kqsup::LogPrinter printer(kqsup::LogForm::kJsonLines, kqsup::LogNews::kAtOnce, false,
-                              output.file());
-    kqsup::LogFollower follower(log, everything, printer);
+    Following following(log);
+    kqsup::LogFollower& follower = following.follower;
     int why = 0;
     ASSERT_TRUE(follower.start(0, &why));
     for (const size_t next : {1U, 2U}) {
@@ -485,10 +493,10 @@ TEST(KqsupLogFollower, ReadsTheBackupThatItDidNotSeeAsALog) {
       put(log, contents[next]);
     }
     follower.poll();
-    EXPECT_EQ(output.descriptions(), (Texts{"b", "c"}));
+    EXPECT_EQ(following.output.descriptions(), (Texts{"b", "c"}));
     follower.poll();
-    EXPECT_EQ(output.descriptions(), (Texts{"b", "c"}));
-    EXPECT_EQ(printer.damages(), 0U);
+    EXPECT_EQ(following.output.descriptions(), (Texts{"b", "c"}));
+    EXPECT_EQ(following.printer.damages(), 0U);
   }
 }
 
@@ -610,11 +618,8 @@ TEST_F(KqsupLogFollow, TellsOnceOfADirectoryThatTookTheName) {
 
 TEST_F(KqsupLogFollow, TellsOfALogThatMayNotBeOpened) {
   const auto follow = [this] {
-    const kqsup::LogFilter everything;
-    Output output;
-    kqsup::LogPrinter printer(kqsup::LogForm::kJsonLines, kqsup::LogNews::kAtOnce, false,
-                              output.file());
-    kqsup::LogFollower follower(log_, everything, printer);
+    Following following(log_);
+    kqsup::LogFollower& follower = following.follower;
     int why = 0;
     if (!give_up_privileges() || !follower.start(0, &why) ||
         rename(log_.c_str(), scratch_.file("old").c_str()) != 0) {
@@ -636,11 +641,8 @@ TEST_F(KqsupLogFollow, TellsOnceOfALogThatCannotBeRead) {
 }
 
 TEST_F(KqsupLogFollow, TellsOfNoErrorWhileThereIsNoLog) {
-  const kqsup::LogFilter everything;
-  Output output;
-  kqsup::LogPrinter printer(kqsup::LogForm::kJsonLines, kqsup::LogNews::kAtOnce, false,
-                            output.file());
-  kqsup::LogFollower follower(log_, everything, printer);
+  Following following(log_);
+  kqsup::LogFollower& follower = following.follower;
   int why = 0;
   ASSERT_TRUE(follower.start(0, &why));
   ASSERT_EQ(unlink(log_.c_str()), 0);

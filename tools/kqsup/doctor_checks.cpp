@@ -12,6 +12,7 @@
 #include "doctor_files.h"
 #include "looked_at.h"
 #include "system_table.h"
+#include "whole_number.h"
 
 namespace kqsup {
 
@@ -186,7 +187,7 @@ Finding check_protected_files(const Host& host) {
   Finding worst = protected_finding();
   const LookedAt file = look_at(host.root.at("/proc/sys/fs/protected_regular"), kLargestText);
   const auto words = words_of(file.bytes);
-  const auto level = words.size() == 1 ? number_of(words[0]) : std::nullopt;
+  const auto level = words.size() == 1 ? whole_number<unsigned long long>(words[0]) : std::nullopt;
   if (!level || *level > 9) {
     return file.is_missing ? set_ok(worst, "the kernel has none")
                            : set(worst, Health::kWarning, "it cannot be read", "Mount /proc.");

@@ -222,7 +222,10 @@ Finding check_cleaners(const Host& host) {
   }
   const std::vector<CleanerLine> lines = tmpfiles_lines(host.root);
   const std::string named = data + "/.ipc";
-  const std::string directories[] = {named, followed(host.root, named)};
+  std::vector<std::string> directories{named};
+  if (std::string target = followed(host.root, named); target != named) {
+    directories.push_back(std::move(target));
+  }
   for (const std::string& directory : directories) {
     if (const CleanerLine* cleaner = cleaner_of(lines, directory)) {
       return set(finding, Health::kWrong,

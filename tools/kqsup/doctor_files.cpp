@@ -1,22 +1,13 @@
 #include "doctor_files.h"
 
-#include <charconv>
 #include <filesystem>
 #include <map>
 #include <sstream>
-#include <system_error>
 #include <utility>
 
 #include "looked_at.h"
 
 namespace kqsup {
-
-std::optional<unsigned long long> number_of(std::string_view text) {
-  unsigned long long number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size() ? std::optional(number)
-                                                                  : std::nullopt;
-}
 
 std::vector<std::string> lines_of(const std::string& text) {
   std::istringstream stream(text);

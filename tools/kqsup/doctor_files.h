@@ -4,9 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <initializer_list>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "host_paths.h"
@@ -14,9 +12,6 @@
 namespace kqsup {
 
 [[nodiscard]] std::vector<std::string> lines_of(const std::string& text);
-
-// A number, or none when there is anything else.
-[[nodiscard]] std::optional<unsigned long long> number_of(std::string_view text);
 
 // No more of a configuration file is read.
 inline constexpr size_t kLargestConfiguration = 1U << 20U;

@@ -6,6 +6,7 @@
 #include "doctor_files.h"
 #include "looked_at.h"
 #include "system_table.h"
+#include "whole_number.h"
 
 namespace kqsup {
 namespace {
@@ -42,7 +43,8 @@ Finding check_limit(const Host& host, const Limit& limit) {
                "Mount /proc, and use a kernel with System V IPC.");
   }
   const auto words = words_of(file.bytes);
-  const auto most = limit.word < words.size() ? number_of(words[limit.word]) : std::nullopt;
+  const auto most = limit.word < words.size() ? whole_number<unsigned long long>(words[limit.word])
+                                              : std::nullopt;
   if (!most) {
     return set(finding, Health::kWarning, setting + " is no list of numbers",
                "See why " + setting + " is not as the kernel makes it.");
@@ -71,7 +73,7 @@ Finding check_shared_pages(const Host& host) {
                      "segment fails however few there are.");
   const LookedAt file = look_at(host.root.at("/proc/sys/kernel/shmall"), kLargestText);
   const auto words = words_of(file.bytes);
-  const auto limit = words.size() == 1 ? number_of(words[0]) : std::nullopt;
+  const auto limit = words.size() == 1 ? whole_number<unsigned long long>(words[0]) : std::nullopt;
   const unsigned long long most = limit.value_or(0);
   const LookedAt segments = look_at(host.root.at("/proc/sysvipc/shm"), kLargestText);
   if (!limit || !segments.ok()) {
@@ -104,7 +106,7 @@ Finding check_largest_segment(const Host& host) {
                                    "of shared memory.");
   const LookedAt file = look_at(host.root.at("/proc/sys/kernel/shmmax"), kLargestText);
   const auto words = words_of(file.bytes);
-  const auto most = words.size() == 1 ? number_of(words[0]) : std::nullopt;
+  const auto most = words.size() == 1 ? whole_number<unsigned long long>(words[0]) : std::nullopt;
   if (!most) {
     return set(finding, Health::kWarning, "/proc/sys/kernel/shmmax cannot be read",
                "Mount /proc, and use a kernel with System V IPC.");

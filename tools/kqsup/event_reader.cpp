@@ -1,8 +1,8 @@
 #include "event_reader.h"
+#include "whole_number.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
 
 namespace kqsup {
@@ -77,9 +77,9 @@ class Cursor {
 
 template <class Number>
 bool read_number(std::string_view text, Number& number) {
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end;
+  const auto whole = whole_number<Number>(text);
+  number = whole.value_or(number);
+  return whole.has_value();
 }
 
 // A time that its writer did not know is empty.

@@ -1,21 +1,14 @@
 #include "log_filter.h"
 
 #include <algorithm>
-#include <charconv>
 #include <initializer_list>
 #include <string_view>
+
+#include "whole_number.h"
 
 namespace kqsup {
 
 namespace {
-
-template <class Number>
-std::optional<Number> number(std::string_view text) {
-  Number value{};
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
-}
 
 // Whether a person means that name: letters of either case, and "-" for a blank.
 bool is_meant(std::string_view text, std::string_view name) {
@@ -45,7 +38,7 @@ bool LogFilter::wants(const LogEvent& event) const {
 }
 
 bool LogFilter::add_type(const std::string& text) {
-  auto type = number<uint16_t>(text);
+  auto type = whole_number<uint16_t>(text);
   for (const uint16_t known : std::initializer_list<uint16_t>{0, 1, 2, 4, 8, 16}) {
     type = is_meant(text, type_name(known)) ? known : type;
   }
@@ -56,7 +49,7 @@ bool LogFilter::add_type(const std::string& text) {
 }
 
 bool LogFilter::add_category(const std::string& text) {
-  const auto wanted = number<uint32_t>(text);
+  const auto wanted = whole_number<uint32_t>(text);
   for (uint32_t category = 1; category <= 6; ++category) {
     if (wanted == category || is_meant(text, category_name(category))) {
       categories.emplace_back(category_name(category));
@@ -68,9 +61,10 @@ bool LogFilter::add_category(const std::string& text) {
 
 bool LogFilter::add_id(const std::string& text) {
   const size_t dash = text.find('-');
-  const auto first = number<uint32_t>(std::string_view(text).substr(0, dash));
-  const auto last =
-      dash == std::string::npos ? first : number<uint32_t>(std::string_view(text).substr(dash + 1));
+  const auto first = whole_number<uint32_t>(std::string_view(text).substr(0, dash));
+  const auto last = dash == std::string::npos
+                        ? first
+                        : whole_number<uint32_t>(std::string_view(text).substr(dash + 1));
   if (!first || !last || *first > *last) {
     return false;
   }

@@ -1,13 +1,13 @@
 #include "name_registry.h"
 
 #include <algorithm>
-#include <charconv>
 #include <set>
 
 #include "containers/md5.h"
 #include "host_paths.h"
 #include "ini_reader.h"
 #include "listing.h"
+#include "whole_number.h"
 
 namespace kqsup {
 
@@ -37,20 +37,11 @@ Sections sections_of(const IniContent& content, std::vector<std::string>* damage
   return sections;
 }
 
-// All of a text as a number; none when it is not one.
-template <class Number>
-std::optional<Number> number(std::string_view text) {
-  Number value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size() ? std::optional(value)
-                                                                  : std::nullopt;
-}
-
 // The number that a value begins with, as the library takes it; none where it takes 0.
 std::optional<uint32_t> key_in(std::string_view value) {
   value.remove_prefix(std::min(value.find_first_not_of(" \t\v\f\r"), value.size()));
   value.remove_prefix(value.starts_with('+') ? 1 : 0);
-  return number<uint32_t>(value.substr(0, value.find_first_not_of("0123456789")));
+  return whole_number<uint32_t>(value.substr(0, value.find_first_not_of("0123456789")));
 }
 
 std::string quoted(std::string_view text) {
@@ -153,11 +144,11 @@ NameRegistry parse_name_registry(std::string_view text) {
   // Both sections are changed at once. A name that only this one has was taken out of the other.
   std::set<std::pair<uint32_t, std::string_view>> keys;
   for (const Entry& entry : entries_of(kNamesByKey)) {
-    keys.emplace(number<uint32_t>(entry.key).value_or(0), entry.value);
+    keys.emplace(whole_number<uint32_t>(entry.key).value_or(0), entry.value);
     if (!names.is_known(entry.value)) {
       registry.damage.push_back("the key " + quoted(entry.key) + " of the name " +
                                 quoted(entry.value) + " is not found by that name");
-      if (const auto key = number<uint32_t>(entry.key)) {
+      if (const auto key = whole_number<uint32_t>(entry.key)) {
         names.add(entry.value, key, false);
       }
     }
@@ -166,8 +157,8 @@ NameRegistry parse_name_registry(std::string_view text) {
     name.is_found_both_ways = name.is_found_both_ways && keys.contains({name.key, name.text});
   }
   for (const Entry& entry : entries_of(kSemaphoreList)) {
-    const auto id = number<int32_t>(entry.key);
-    const auto maker = number<uint64_t>(entry.value);
+    const auto id = whole_number<int32_t>(entry.key);
+    const auto maker = whole_number<uint64_t>(entry.value);
     if (id.has_value() && maker.has_value()) {
       registry.listed_sets.push_back({*id, *maker});
     } else {

@@ -2,12 +2,13 @@
 // may have more.
 #pragma once
 
-#include <charconv>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string_view>
-#include <system_error>
 #include <vector>
+
+#include "whole_number.h"
 
 namespace kqsup {
 
@@ -24,12 +25,10 @@ using Row = std::map<std::string_view, std::string_view>;
 template <class Number>
 [[nodiscard]] bool read_field(const Row& row, std::string_view title, Number* value) {
   const auto place = row.find(title);
-  if (place == row.end()) {
-    return false;
-  }
-  const std::string_view text = place->second;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
-  return error == std::errc() && end == text.data() + text.size();
+  const auto number =
+      place != row.end() ? whole_number<Number>(place->second) : std::optional<Number>();
+  *value = number.value_or(*value);
+  return number.has_value();
 }
 
 // Keys are shown with a sign.
