@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kqsupt/log.h"
+#include "log/header_block.h"
 #include "scratch_file.h"
 
 using kqsupt::fuzz::Input;
@@ -128,54 +129,90 @@ const char* name_of(uint16_t category) {
   return category >= 1 && category <= 6 ? kNames[category - 1] : nullptr;
 }
 
-void take(std::u16string_view* text, std::u16string_view expected) {
-  require(text->starts_with(expected));
+bool take(std::u16string_view* text, std::u16string_view expected) {
+  if (!text->starts_with(expected)) {
+    return false;
+  }
   text->remove_prefix(expected.size());
+  return true;
 }
 
-// Takes the event off the front of a log.
-void parse_record(std::u16string_view* text, const Event& event, const std::u16string& source,
-                  const std::u16string& description) {
-  take(text, wide("EventID: " + std::to_string(event.id) + "\r\nSource: "));
-  take(text, source);
-  take(text, wide("\r\nCategory: " + std::string(name_of(event.category)) +
-                  "\r\nType: " + label_of(event.type) + "\r\nDate and Time: "));
-  require(text->find(u"\r\n") == 24);
-  text->remove_prefix(24);
-  take(text, u"\r\nComputer: ");
-  const size_t end = text->find(u"\r\n");
-  require(end != std::u16string_view::npos);
-  text->remove_prefix(end);
-  take(text, u"\r\nDescription:\r\n");
-  take(text, description);
-  take(text, u"\r\nData: Bytes in Hex\r\n");
-  for (size_t offset = 0; offset < event.data.size(); offset += 16) {
+bool take_line(std::u16string_view* text, size_t* size) {
+  *size = text->find(u"\r\n");
+  if (*size == std::u16string_view::npos) {
+    return false;
+  }
+  text->remove_prefix(*size + 2);
+  return true;
+}
+
+// A record's data, and the line behind it.
+bool is_dump(std::u16string_view text, const std::vector<uint8_t>& data) {
+  constexpr size_t kLine = 81;
+  for (size_t offset = 0; offset < data.size(); offset += 16) {
     char start[32];
-    std::snprintf(start, sizeof start, "0x%08zX: %02X", offset, event.data[offset]);
-    require(text->size() > 81 && text->substr(79, 2) == u"\r\n");
-    take(text, wide(start));
-    text->remove_prefix(81 - 14);
+    std::snprintf(start, sizeof start, "0x%08zX: %02X", offset, data[offset]);
+    if (text.size() < kLine || text.substr(kLine - 2, 2) != u"\r\n" ||
+        !text.starts_with(wide(start))) {
+      return false;
+    }
+    text.remove_prefix(kLine);
   }
-  take(text, u"\r\n");
+  return text == u"\r\n";
 }
 
-// How much of the log was kept: all of it, or all but a record at its end that was not finished.
-size_t place_of_addition(const std::string& before, const std::string& after) {
-  if (after.starts_with(before)) {
-    return before.size();
+// What a text log gets of an event.
+struct Texts {
+  std::u16string source;
+  std::u16string description;
+};
+
+// Whether these bytes are the event's record, and nothing else.
+bool is_record(std::string_view bytes, const Event& event, const Texts& texts) {
+  std::u16string units(bytes.size() / sizeof(char16_t), u'\0');
+  std::memcpy(units.data(), bytes.data(), units.size() * sizeof(char16_t));
+  std::u16string_view text = units;
+  size_t time = 0;
+  size_t computer = 0;
+  return bytes.size() % sizeof(char16_t) == 0 &&
+         take(&text, wide("EventID: " + std::to_string(event.id) + "\r\nSource: ")) &&
+         take(&text, texts.source) &&
+         take(&text, wide("\r\nCategory: " + std::string(name_of(event.category)) +
+                          "\r\nType: " + label_of(event.type) + "\r\nDate and Time: ")) &&
+         take_line(&text, &time) && time == 24 && take(&text, u"Computer: ") &&
+         take_line(&text, &computer) && take(&text, u"Description:\r\n") &&
+         take(&text, texts.description) && take(&text, u"\r\nData: Bytes in Hex\r\n") &&
+         is_dump(text, event.data);
+}
+
+const std::string kBlock = kqsupt::tests::header_block();
+
+// Whether a record that lacks its end, or the beginning of one, is at this place.
+bool may_be_unfinished(const std::string& log, size_t place) {
+  constexpr std::u16string_view kBegin = u"EventID: ";
+  std::string begin(kBegin.size() * sizeof(char16_t), '\0');
+  std::memcpy(begin.data(), kBegin.data(), begin.size());
+  const std::string_view rest = std::string_view(log).substr(place, begin.size());
+  return place >= kBlock.size() && !rest.empty() && begin.starts_with(rest);
+}
+
+// Whether the log got the event's record and kept what it had, but for a block or a record at its
+// end that was not finished.
+bool has_got(const std::string& before, std::string_view after, const Event& event,
+             const Texts& texts) {
+  if (before.size() < kBlock.size()) {
+    const size_t place = kBlock.starts_with(before) ? 0 : before.size();
+    return after.starts_with(before) && after.substr(place).starts_with(kBlock) &&
+           is_record(after.substr(place + kBlock.size()), event, texts);
   }
-  const std::u16string begin = u"EventID: ";
-  std::string bytes(2 * begin.size(), '\0');
-  std::memcpy(bytes.data(), begin.data(), bytes.size());
   const auto common = std::mismatch(before.begin(), before.end(), after.begin(), after.end()).first;
-  for (auto place = static_cast<size_t>(common - before.begin()); place >= 256; --place) {
-    const std::string rest = before.substr(place, bytes.size());
-    if (!rest.empty() && bytes.starts_with(rest)) {
-      return place;
+  for (auto place = static_cast<size_t>(common - before.begin()); place >= kBlock.size(); --place) {
+    if ((place == before.size() || may_be_unfinished(before, place)) &&
+        is_record(after.substr(place), event, texts)) {
+      return true;
     }
   }
-  require(!"what was taken away was no record");
-  return 0;
+  return false;
 }
 
 void append_to_text_log(const std::string& path, const Event& event) {
@@ -184,28 +221,13 @@ void append_to_text_log(const std::string& path, const Event& event) {
                         event.description.c_str(), event.data.data(),
                         static_cast<uint32_t>(event.data.size())) == SM_STATUS_SUCCESS);
   const std::string after = content_of(path);
-  std::string added = after.substr(place_of_addition(before, after));
-  std::u16string source;
-  std::u16string description;
-  const bool is_valid = to_units(event.source, &source) &&
-                        to_units(event.description, &description) && !source.empty() &&
-                        source.size() <= 1023 && !description.empty() &&
-                        description.size() <= 16383 && name_of(event.category) != nullptr &&
+  Texts texts;
+  const bool is_valid = to_units(event.source, &texts.source) &&
+                        to_units(event.description, &texts.description) && !texts.source.empty() &&
+                        texts.source.size() <= 1023 && !texts.description.empty() &&
+                        texts.description.size() <= 16383 && name_of(event.category) != nullptr &&
                         label_of(event.type) != nullptr;
-  if (!is_valid) {
-    require(added.empty());
-    return;
-  }
-  if (before.size() < 256) {
-    require(added.size() > 256 && added.starts_with(std::string("\xFF\xFE#\0-\0", 6)));
-    added.erase(0, 256);
-  }
-  require(added.size() % 2 == 0);
-  std::u16string units(added.size() / 2, u'\0');
-  std::memcpy(units.data(), added.data(), added.size());
-  std::u16string_view rest = units;
-  parse_record(&rest, event, source, description);
-  require(rest.empty());
+  require(is_valid ? has_got(before, after, event, texts) : after == before);
 }
 
 // ---- The XML log ----

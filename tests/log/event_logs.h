@@ -12,6 +12,7 @@
 
 #include "kqsupt/log.h"
 #include "kqsupt/text.h"
+#include "log/header_block.h"
 #include "support/scratch.h"
 
 namespace kqsupt::tests {
@@ -24,19 +25,6 @@ inline std::string own_log(uint32_t log) {
 inline std::string backup_of(std::string path) {
   path.back() = '_';
   return path;
-}
-
-// The block that a text log begins with, byte for byte.
-inline std::string header_block() {
-  std::string block = "\xFF\xFE";
-  for (const char c : std::string("#-------------------------------\r\n"
-                                  "# Do not remove this block\r\n"
-                                  "# This data file is parsed\r\n"
-                                  "#------------------------------- \r\n\r\n")) {
-    block += c;
-    block += '\0';
-  }
-  return block;
 }
 
 // Records, from units in the host's order, as UTF-8.
