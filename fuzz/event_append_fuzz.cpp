@@ -49,6 +49,13 @@ std::string text_of(Input* input, uint32_t most) {
     text.assign(512 + text.size(), 'l');
   } else if (last == 0xFF) {
     text.assign(8190 + text.size(), 'l');
+  } else if (last == 0xFD) {
+    // Many bytes for few units.
+    const size_t count = 1010 + text.size();
+    text.clear();
+    for (size_t i = 0; i < count; ++i) {
+      text += "\xFC\x80\x80\x81\x81\x81";
+    }
   }
   return text;
 }
@@ -98,6 +105,13 @@ bool to_units(const std::string& text, std::u16string* units) {
   }
   units->assign(buffer.begin(), buffer.begin() + size / sizeof(ustring) - 1);
   return true;
+}
+
+// Bytes in the host's order; an odd one at their end is left out.
+std::u16string units_of(std::string_view bytes) {
+  std::u16string units(bytes.size() / sizeof(char16_t), u'\0');
+  std::memcpy(units.data(), bytes.data(), units.size() * sizeof(char16_t));
+  return units;
 }
 
 std::u16string wide(const std::string& text) {
@@ -169,8 +183,7 @@ struct Texts {
 
 // Whether these bytes are the event's record, and nothing else.
 bool is_record(std::string_view bytes, const Event& event, const Texts& texts) {
-  std::u16string units(bytes.size() / sizeof(char16_t), u'\0');
-  std::memcpy(units.data(), bytes.data(), units.size() * sizeof(char16_t));
+  const std::u16string units = units_of(bytes);
   std::u16string_view text = units;
   size_t time = 0;
   size_t computer = 0;
@@ -187,13 +200,30 @@ bool is_record(std::string_view bytes, const Event& event, const Texts& texts) {
 
 const std::string kBlock = kqsupt::tests::header_block();
 
-// Whether a record that lacks its end, or the beginning of one, is at this place.
+// Whether a record ends here: behind its heading, or behind a line of its dump.
+bool ends_record(std::u16string_view text) {
+  constexpr std::u16string_view kHeading = u"\r\nData: Bytes in Hex\r\n\r\n";
+  constexpr size_t kLastLine = 2 + 81 + 2;
+  return text.ends_with(kHeading) || (text.size() >= kLastLine && text.ends_with(u"\r\n\r\n") &&
+                                      text.substr(text.size() - kLastLine).starts_with(u"\r\n0x"));
+}
+
+// Whether a record that lacks its end, or the beginning of one, is at this place, and no whole one.
 bool may_be_unfinished(const std::string& log, size_t place) {
   constexpr std::u16string_view kBegin = u"EventID: ";
-  std::string begin(kBegin.size() * sizeof(char16_t), '\0');
-  std::memcpy(begin.data(), kBegin.data(), begin.size());
-  const std::string_view rest = std::string_view(log).substr(place, begin.size());
-  return place >= kBlock.size() && !rest.empty() && begin.starts_with(rest);
+  const size_t size = log.size() - place;
+  if (place < kBlock.size() || size == 0 ||
+      std::memcmp(log.data() + place, kBegin.data(),
+                  std::min(size, kBegin.size() * sizeof(char16_t))) != 0) {
+    return false;
+  }
+  const std::u16string rest = units_of(std::string_view(log).substr(place));
+  for (size_t end = 0; end <= rest.size(); ++end) {
+    if (ends_record(std::u16string_view(rest).substr(0, end))) {
+      return false;
+    }
+  }
+  return true;
 }
 
 // Whether the log got the event's record and kept what it had, but for a block or a record at its

@@ -177,9 +177,27 @@ frame::HeapPtr<char> joined(std::initializer_list<const char*> parts) {
   return frame::HeapPtr<char>(fits ? path.release() : nullptr);
 }
 
+SMStatus copy_path_out(int32_t product_id, uint32_t path_type, Directory directory, char* buffer,
+                       uint32_t* size) {
+  const LocalMutexGuard guard(table_mutex);
+  const char* path = look_up(product_id, path_type);
+  if (path == nullptr) {
+    load();  // a product may have been installed meanwhile
+    path = look_up(product_id, path_type);
+  }
+  if (path == nullptr) {
+    return fail(SM_STATUS_DATA_NOT_FOUND, size);
+  }
+  if (directory == Directory::kMustBeThere && access(path, F_OK) != 0) {
+    return fail(SM_STATUS_OPERATION_FAILED, size);
+  }
+  return size != nullptr ? copy_out(path, buffer, size) : SMStatus{SM_STATUS_INVALID_PARAMETER};
+}
+
 }  // namespace
 
-frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type, SMStatus* status) {
+frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type, SMStatus* status,
+                               Directory directory) {
   // Mostly enough; and somebody may change the path between two questions.
   uint32_t size = 128;
   do {
@@ -188,7 +206,7 @@ frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type, SMStatus*
       *status = SM_STATUS_NO_MEMORY;
       return nullptr;
     }
-    *status = get_path(product_id, path_type, path.get(), &size);
+    *status = copy_path_out(product_id, path_type, directory, path.get(), &size);
     if (*status == SM_STATUS_SUCCESS) {
       return path;
     }
@@ -211,19 +229,7 @@ void stop_install_paths() {
 }
 
 SMStatus get_path(int32_t product_id, uint32_t path_type, char* buffer, uint32_t* size) {
-  const LocalMutexGuard guard(table_mutex);
-  const char* path = look_up(product_id, path_type);
-  if (path == nullptr) {
-    load();  // a product may have been installed meanwhile
-    path = look_up(product_id, path_type);
-  }
-  if (path == nullptr) {
-    return fail(SM_STATUS_DATA_NOT_FOUND, size);
-  }
-  if (access(path, F_OK) != 0) {
-    return fail(SM_STATUS_OPERATION_FAILED, size);
-  }
-  return size != nullptr ? copy_out(path, buffer, size) : SMStatus{SM_STATUS_INVALID_PARAMETER};
+  return copy_path_out(product_id, path_type, Directory::kMustBeThere, buffer, size);
 }
 
 SMStatus expand_install_path(const char* text, char* buffer, uint32_t* size) {

@@ -24,10 +24,14 @@ void stop_install_paths();
                                         const char* language, const char* sub_directory,
                                         const char* file_name);
 
+// Whether a directory that is missing now is a failure.
+enum class Directory { kMustBeThere, kMayBeMissing };
+
 // A path on the heap. Null, with the status of get_path or SM_STATUS_NO_MEMORY told, when it is not
 // known, its directory missing, or memory short.
 [[nodiscard]] frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type,
-                                             SMStatus* status);
+                                             SMStatus* status,
+                                             Directory directory = Directory::kMustBeThere);
 
 // What is asked for of the install path itself.
 inline constexpr int32_t kQuillance = 35;

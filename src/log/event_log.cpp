@@ -3,6 +3,7 @@
 #include "log/event_log.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <string_view>
 
@@ -18,6 +19,8 @@
 
 namespace kqsupt::log {
 namespace {
+
+using config::Directory;
 
 // The bits of `flags`.
 constexpr uint32_t kSystemLog = 2;
@@ -36,8 +39,8 @@ SMStatus check_files(uint32_t flags) {
 // The path of the text log or the XML log.
 class LogPath {
  public:
-  explicit LogPath(uint32_t log) : text_(256) {
-    const auto directory = config::copy_path(config::kQuillance, config::kLogPath, &status_);
+  explicit LogPath(uint32_t log, Directory asked = Directory::kMustBeThere) : text_(256) {
+    const auto directory = config::copy_path(config::kQuillance, config::kLogPath, &status_, asked);
     if (status_ != SM_STATUS_SUCCESS) {
       return;
     }
@@ -55,6 +58,43 @@ class LogPath {
   text::TextBuilder text_;
   SMStatus status_ = SM_STATUS_SUCCESS;
 };
+
+// Whether the directory of logs is there, without what composing a path needs.
+SMStatus ask_for_directory() {
+  uint32_t size = UINT32_MAX;
+  return config::get_path(config::kQuillance, config::kLogPath, nullptr, &size);
+}
+
+// Appends to one of the logs. The status is that of the path; `result` is what became of the event.
+//
+// A log that takes an event lies in a directory that is there: this is not asked for once more. What
+// has to ask is the first event for a log, so that no lock is made for one in a directory that never
+// was there, and an event that the log does not take.
+SMStatus append_to(uint32_t log, const Event& event, SMStatus* result) {
+  static constinit std::atomic<bool> took_text = false;
+  static constinit std::atomic<bool> took_xml = false;
+  std::atomic<bool>& took_one = log == kXmlLog ? took_xml : took_text;
+  const bool has_category = os::event_source_name(event.category) != nullptr;
+  const bool is_asked = !has_category || !took_one.load(std::memory_order_relaxed);
+  const LogPath path(log, is_asked ? Directory::kMustBeThere : Directory::kMayBeMissing);
+  if (path.status() != SM_STATUS_SUCCESS) {
+    return path.status();
+  }
+  const auto append = log == kXmlLog ? append_xml_event : append_text_event;
+  *result = append(path.c_str(), event, max_size_of(path.c_str()));
+  const bool is_taken = has_category && *result == SM_STATUS_SUCCESS;
+  if (is_asked || is_taken) {
+    if (is_asked && is_taken) {
+      took_one.store(true, std::memory_order_relaxed);
+    }
+    return SM_STATUS_SUCCESS;
+  }
+  const SMStatus status = ask_for_directory();
+  if (status != SM_STATUS_SUCCESS) {
+    took_one.store(false, std::memory_order_relaxed);
+  }
+  return status;
+}
 
 SMStatus copy_path_out(std::string_view path, char* buffer, uint32_t* size) {
   const uint32_t capacity = *size;
@@ -76,21 +116,17 @@ SMStatus append_event(uint32_t flags, const Event& event) {
     (void)os::append_to_system_log(
         {event.type, event.category, event.id, event.source, event.description});
   }
+  SMStatus status = SM_STATUS_SUCCESS;
+  SMStatus result = SM_STATUS_SUCCESS;
   if ((flags & kTextLog) != 0) {
-    const LogPath path(kTextLog);
-    if (path.status() != SM_STATUS_SUCCESS) {
-      return path.status();
-    }
     // Whether it was written is not told, and callers do not expect it to be.
-    (void)append_text_event(path.c_str(), event, max_size_of(path.c_str()));
+    SMStatus untold = SM_STATUS_SUCCESS;
+    status = append_to(kTextLog, event, &untold);
   }
-  if ((flags & kXmlLog) != 0) {
-    const LogPath path(kXmlLog);
-    return path.status() == SM_STATUS_SUCCESS
-               ? append_xml_event(path.c_str(), event, max_size_of(path.c_str()))
-               : path.status();
+  if (status == SM_STATUS_SUCCESS && (flags & kXmlLog) != 0) {
+    status = append_to(kXmlLog, event, &result);
   }
-  return SM_STATUS_SUCCESS;
+  return status == SM_STATUS_SUCCESS ? result : status;
 }
 
 // Each log is cleared whatever became of the other one; the first failure is told.

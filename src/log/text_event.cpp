@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cstring>
 #include <ctime>
+#include <initializer_list>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -20,13 +21,14 @@
 #include "net/host_name.h"
 #include "os/system_log.h"
 #include "text/calendar.h"
+#include "text/code_point.h"
 #include "text/conversion.h"
 #include "text/sized_string_convert.h"
-#include "text/text_builder.h"
 
 namespace kqsupt::log {
 namespace {
 
+using text::append_ascii;
 using text::append_converted;
 
 // ---- The block that a file begins with ----
@@ -78,6 +80,10 @@ const char* label_of(uint16_t type) {
   return nullptr;
 }
 
+SMStatus check_length(uint32_t units, uint32_t most) {
+  return units >= 1 && units <= most ? SM_STATUS_SUCCESS : SM_STATUS_UNSUCCESSFUL;
+}
+
 // The length in units of a text, from 1 to `most`.
 SMStatus measure(const char* text, uint32_t most, uint32_t* units) {
   uint32_t size = 0;
@@ -86,12 +92,29 @@ SMStatus measure(const char* text, uint32_t most, uint32_t* units) {
     return status;
   }
   *units = static_cast<uint32_t>(size / sizeof(ustring)) - 1;
-  return *units >= 1 && *units <= most ? SM_STATUS_SUCCESS : SM_STATUS_UNSUCCESSFUL;
+  return check_length(*units, most);
 }
 
-// The size of the record in bytes, as the check for a backup reckons it.
-uint64_t estimate(const Event& event, uint32_t source_units, uint32_t description_units) {
-  return (uint64_t{source_units} + (event.data_size / 16 + 1) * 83 + 1024 + description_units) * 2;
+// The length in units of both texts.
+SMStatus measure_texts(const Event& event, uint32_t* units) {
+  uint32_t source_units = 0;
+  uint32_t description_units = 0;
+  const SMStatus source = measure(event.source, kMostSourceUnits, &source_units);
+  const SMStatus description =
+      measure(event.description, kMostDescriptionUnits, &description_units);
+  *units = source_units + description_units;
+  // Texts that cannot be converted come before those of a wrong length.
+  for (const SMStatus status : {source, description}) {
+    if (status != SM_STATUS_SUCCESS && status != SM_STATUS_UNSUCCESSFUL) {
+      return status;
+    }
+  }
+  return source != SM_STATUS_SUCCESS ? source : description;
+}
+
+// The size of a record in bytes, as the check for a backup reckons it, by the units of its texts.
+uint64_t estimate(const Event& event, uint64_t units) {
+  return (units + (event.data_size / 16 + 1) * 83 + 1024) * 2;
 }
 
 class Record {
@@ -101,49 +124,52 @@ class Record {
   Record(const Record&) = delete;
   Record& operator=(const Record&) = delete;
 
-  // The header and the event behind it. `capacity` is about what they take, in bytes.
-  [[nodiscard]] SMStatus compose(const Event& event, const char* category, const char* type,
-                                 uint32_t capacity) {
-    text::allocate(string_, capacity);
-    if (string_.content == nullptr) {
+  // Puts the event behind the header. Fails when memory is short, or a text is not valid:
+  // measure_texts() tells in which way.
+  [[nodiscard]] SMStatus compose(const Event& event, const char* category, const char* type) {
+    const size_t source_size = event.source != nullptr ? std::strlen(event.source) : 0;
+    const size_t description_size =
+        event.description != nullptr ? std::strlen(event.description) : 0;
+    if (source_size > kMostSourceUnits * text::kMostUtf8Bytes ||
+        description_size > kMostDescriptionUnits * text::kMostUtf8Bytes) {
+      return SM_STATUS_UNSUCCESSFUL;
+    }
+    text::allocate(string_, static_cast<uint32_t>(kHeaderSize +
+                                                  estimate(event, source_size + description_size)));
+    if (string_.content == nullptr ||
+        !text::append_units(string_, kHeader.data(), kHeader.size())) {
       return SM_STATUS_NO_MEMORY;
     }
-    SMStatus status = text::append_units(string_, kHeader.data(), kHeader.size())
-                          ? SMStatus{SM_STATUS_SUCCESS}
-                          : SMStatus{SM_STATUS_NO_MEMORY};
     char id[16];
-    *std::to_chars(id, id + sizeof id, event.id).ptr = '\0';
+    const auto id_size = static_cast<size_t>(std::to_chars(id, id + sizeof id, event.id).ptr - id);
     seconds_ = time(nullptr);
     text::CalendarText calendar;
     text::write_calendar(seconds_, calendar);
-    char host[256];
-    const char* const parts[] = {
-        "EventID: ",           id,       "\r\nSource: ",   event.source,
-        "\r\nCategory: ",      category, "\r\n",           type,
-        "Date and Time: ",     calendar, "\r\nComputer: ", name_of_host(host),
-        "\r\nDescription:\r\n"};
-    // One long text is converted sooner than many short ones.
-    text::TextBuilder lines(1024);
-    for (const char* part : parts) {
-      if (!lines.append(part)) {
-        return SM_STATUS_NO_MEMORY;
-      }
-    }
-    add(lines.c_str(), &status);
-    add(event.description, &status);
-    add("\r\nData: Bytes in Hex\r\n", &status);
+    SMStatus status = SM_STATUS_SUCCESS;
+    add_ascii({"EventID: ", {id, id_size}, "\r\nSource: "}, &status);
+    add_text(event.source, kMostSourceUnits, &status);
+    add_ascii(
+        {"\r\nCategory: ", category, "\r\n", type, "Date and Time: ", calendar, "\r\nComputer: "},
+        &status);
+    add_host(&status);
+    add_ascii({"\r\nDescription:\r\n"}, &status);
+    add_text(event.description, kMostDescriptionUnits, &status);
+    add_ascii({"\r\nData: Bytes in Hex\r\n"}, &status);
     if (status == SM_STATUS_SUCCESS && event.data_size != 0) {
       status = text::append_hex_dump(string_,
                                      {static_cast<const uint8_t*>(event.data), event.data_size});
     }
-    add("\r\n", &status);
+    add_ascii({"\r\n"}, &status);
     return status;
   }
 
+  // The length in units of both texts.
+  [[nodiscard]] uint32_t text_units() const { return text_units_; }
   // When it says that the event happened.
   [[nodiscard]] time_t seconds() const { return seconds_; }
   void swap(Record& other) {
     std::swap(string_, other.string_);
+    std::swap(text_units_, other.text_units_);
     std::swap(seconds_, other.seconds_);
   }
 
@@ -155,21 +181,39 @@ class Record {
   }
 
  private:
-  void add(const char* text, SMStatus* status) {
+  // Each of these does nothing once something has failed.
+  void add_ascii(std::initializer_list<std::string_view> parts, SMStatus* status) {
+    for (const std::string_view part : parts) {
+      if (*status == SM_STATUS_SUCCESS && !append_ascii(string_, part)) {
+        *status = SM_STATUS_NO_MEMORY;
+      }
+    }
+  }
+  void add_text(const char* text, uint32_t most, SMStatus* status) {
+    if (*status != SM_STATUS_SUCCESS) {
+      return;
+    }
+    const uint32_t before = string_.length;
+    *status = append_converted(string_, text);
     if (*status == SM_STATUS_SUCCESS) {
-      *status = append_converted(string_, text);
+      const uint32_t units = string_.length - before;
+      *status = check_length(units, most);
+      text_units_ += units;
     }
   }
 
-  static const char* name_of_host(char (&text)[256]) {
-    uint32_t size = sizeof text;
-    if (net::ip_host_name(text, &size) != SM_STATUS_SUCCESS) {
-      text[0] = '\0';
+  // No event is lost because its host has no name, or one that is no text.
+  void add_host(SMStatus* status) {
+    char name[256];
+    uint32_t size = sizeof name;
+    if (*status == SM_STATUS_SUCCESS && net::ip_host_name(name, &size) == SM_STATUS_SUCCESS &&
+        append_converted(string_, name) == SM_STATUS_NO_MEMORY) {
+      *status = SM_STATUS_NO_MEMORY;
     }
-    return text;
   }
 
   SMSSUCS2Str string_{};
+  uint32_t text_units_ = 0;
   time_t seconds_ = 0;
 };
 
@@ -296,7 +340,7 @@ class TextEvent {
 
  private:
   [[nodiscard]] SMStatus compose(Record& record) const {
-    return record.compose(event_, category_, type_, static_cast<uint32_t>(size_ + kHeaderSize));
+    return record.compose(event_, category_, type_);
   }
   [[nodiscard]] SMStatus write(LockedLog& log);
 
@@ -308,25 +352,20 @@ class TextEvent {
 };
 
 SMStatus TextEvent::prepare() {
-  uint32_t source_units = 0;
-  uint32_t description_units = 0;
-  const SMStatus source = measure(event_.source, kMostSourceUnits, &source_units);
-  const SMStatus description =
-      measure(event_.description, kMostDescriptionUnits, &description_units);
-  // Texts that cannot be converted come before those of a wrong length.
-  for (const SMStatus status : {source, description}) {
-    if (status != SM_STATUS_SUCCESS && status != SM_STATUS_UNSUCCESSFUL) {
+  category_ = os::event_source_name(event_.category);
+  type_ = label_of(event_.type);
+  const bool has_record = category_ != nullptr && type_ != nullptr;
+  const SMStatus composed = has_record ? compose(record_) : SMStatus{SM_STATUS_SUCCESS};
+  uint32_t units = record_.text_units();
+  if (!has_record || composed != SM_STATUS_SUCCESS) {
+    // Its texts have not shown yet whether they are valid, or which one is not.
+    const SMStatus status = measure_texts(event_, &units);
+    if (status != SM_STATUS_SUCCESS) {
       return status;
     }
   }
-  if (source != SM_STATUS_SUCCESS || description != SM_STATUS_SUCCESS) {
-    return SM_STATUS_UNSUCCESSFUL;
-  }
-  category_ = os::event_source_name(event_.category);
-  type_ = label_of(event_.type);
-  size_ = estimate(event_, source_units, description_units);
-  const bool has_record = category_ != nullptr && type_ != nullptr;
-  return has_record ? compose(record_) : SMStatus{SM_STATUS_SUCCESS};
+  size_ = estimate(event_, units);
+  return composed;
 }
 
 SMStatus TextEvent::append(const char* path, uint32_t max_size) {

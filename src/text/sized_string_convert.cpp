@@ -5,6 +5,7 @@
 #include "frame/heap.h"
 #include "frame/status.h"
 #include "text/conversion.h"
+#include "text/wide_step.h"
 
 namespace kqsupt::text {
 namespace {
@@ -111,6 +112,32 @@ SMStatus append_converted(SMSSUCS2Str& string, const char* text) {
     *end = 0;
   }
   return status;
+}
+
+bool append_ascii(SMSSUCS2Str& string, std::string_view text) {
+  if (!make_room(string, static_cast<uint32_t>(text.size()))) {
+    return false;
+  }
+  ustring* const to = string.content + string.length;
+  const auto widen_at = [&](size_t place) {
+    Bytes8 bytes;
+    load(bytes, text.data() + place);
+    store(to + place, __builtin_convertvector(bytes, Units8));
+  };
+  size_t done = 0;
+  for (; text.size() - done >= kStepUnits; done += kStepUnits) {
+    widen_at(done);
+  }
+  if (done != 0) {
+    widen_at(text.size() - kStepUnits);  // what is left, and some of it once more
+    done = text.size();
+  }
+  for (; done != text.size(); ++done) {
+    to[done] = static_cast<ustring>(text[done]);
+  }
+  to[done] = 0;
+  string.length += static_cast<uint32_t>(done);
+  return true;
 }
 
 SMStatus append_hex_dump(SMSSUCS2Str& string, ByteSpan bytes) {

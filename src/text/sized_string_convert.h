@@ -1,6 +1,8 @@
 // What callers do with sized strings: text of either encoding appended to either kind.
 #pragma once
 
+#include <string_view>
+
 #include "kqsupt/text.h"
 #include "text/hex_text.h"
 #include "text/sized_string.h"
@@ -23,6 +25,8 @@ char* string_cat(SMSSUTF8Str* string, const ustring* text, uint32_t count);
 //
 // All of a text, of any characters: the status of its conversion, or SM_STATUS_NO_MEMORY.
 [[nodiscard]] SMStatus append_converted(SMSSUCS2Str& string, const char* text);
+// Text that is known to be ASCII. False when memory is short.
+[[nodiscard]] bool append_ascii(SMSSUCS2Str& string, std::string_view text);
 // A dump of the bytes: SM_STATUS_NO_MEMORY when there is none for the dump itself, 0xFFFFFFFF when
 // there is none for more of it.
 [[nodiscard]] SMStatus append_hex_dump(SMSSUCS2Str& string, ByteSpan bytes);

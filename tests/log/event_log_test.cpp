@@ -1,6 +1,7 @@
 // The logs of events through the exports.
 
 #include <sys/stat.h>
+#include <sys/utsname.h>
 
 #include <algorithm>
 #include <atomic>
@@ -39,6 +40,9 @@ using kqsupt::tests::survives_forks;
 constexpr SMStatus kFailed = 0xFFFFFFFF;
 constexpr uint32_t kMiB = 1048576;
 
+// What the host is called while it is not called what it is called.
+constinit const char* told_name = nullptr;
+
 std::string host() {
   char name[256] = "";
   gethostname(name, sizeof name);
@@ -52,6 +56,20 @@ std::string repeated(const std::string& text, size_t times) {
   }
   return all;
 }
+
+}  // namespace
+
+// In the place of the C library's.
+extern "C" int gethostname(char* name, size_t size) noexcept {
+  utsname about{};
+  if (uname(&about) != 0) {
+    return -1;
+  }
+  std::snprintf(name, size, "%s", told_name != nullptr ? told_name : about.nodename);
+  return 0;
+}
+
+namespace {
 
 class EventLog : public testing::Test {
  protected:
@@ -192,6 +210,36 @@ TEST_F(EventLog, WithoutTheLogPathTellsSo) {
   EXPECT_EQ(rename((logs + "-away").c_str(), logs.c_str()), 0);
 }
 
+// Nothing of it is made anew, and what was logged before is there when the path is.
+TEST_F(EventLog, TellsAlsoOfALogPathThatWentAwayBetweenTwoEvents) {
+  const std::string logs = text_.substr(0, text_.rfind("/log/"));
+  const std::string away = logs + "-away";
+  for (const uint32_t log : {SM_LOG_TEXT, SM_LOG_XML}) {
+    remove_all();
+    EXPECT_EQ(append(log), 0U);
+    const std::string before = content_of(own_log(log));
+    const auto add = [log](uint16_t type, uint16_t category, const char* description) {
+      return SMAppendToLog(log, type, category, 1, "s", description, nullptr, 0);
+    };
+    ASSERT_EQ(rename(logs.c_str(), away.c_str()), 0);
+    EXPECT_EQ(add(4, 1, "d"), SMStatus{SM_STATUS_OPERATION_FAILED});
+    ASSERT_EQ(rename(away.c_str(), logs.c_str()), 0);
+    EXPECT_EQ(append(log), 0U);
+    const std::string after = content_of(own_log(log));
+    EXPECT_GT(after.size(), before.size());
+    // Whatever else would be wrong with the event.
+    ASSERT_EQ(rename(logs.c_str(), away.c_str()), 0);
+    EXPECT_EQ(add(4, 7, "d"), SMStatus{SM_STATUS_OPERATION_FAILED});
+    ASSERT_EQ(rename(away.c_str(), logs.c_str()), 0);
+    EXPECT_EQ(append(log), 0U);
+    ASSERT_EQ(rename(logs.c_str(), away.c_str()), 0);
+    EXPECT_EQ(add(3, 1, ""), SMStatus{SM_STATUS_OPERATION_FAILED});
+    EXPECT_EQ(add(4, 1, "d"), SMStatus{SM_STATUS_OPERATION_FAILED});
+    EXPECT_NE(access(logs.c_str(), F_OK), 0);
+    ASSERT_EQ(rename(away.c_str(), logs.c_str()), 0);
+  }
+}
+
 TEST_F(EventLog, AnswersThatTheXmlLogHasLostItsEnd) {
   put(xml_, std::string(60, 'x'));
   EXPECT_EQ(append(SM_LOG_TEXT | SM_LOG_XML), SMStatus{SM_STATUS_OPERATION_FAILED});
@@ -293,17 +341,38 @@ TEST_F(EventLog, TextsHaveTheirLengths) {
     EXPECT_EQ(append(SM_LOG_TEXT, "s", std::string(length, 'd').c_str()), 0U);
     EXPECT_EQ(records().back().description, std::string(length, 'd'));
   }
+  // However many bytes: forms that are longer than they need to be are read, too.
+  for (const char* unit : {"\xE6\x97\xA5", "\xF0\x86\x97\xA5", "\xFC\x80\x80\x86\x97\xA5"}) {
+    EXPECT_EQ(append(SM_LOG_TEXT, repeated(unit, 1023).c_str(), repeated(unit, 16383).c_str()), 0U);
+    EXPECT_EQ(records().back().source, repeated("\xE6\x97\xA5", 1023));
+    EXPECT_EQ(records().back().description, repeated("\xE6\x97\xA5", 16383));
+  }
   const std::string before = content_of(text_);
   const std::string long_source(1024, 's');
+  const std::string wide_source = repeated("\xE6\x97\xA5", 1024);
   const std::string long_description(16384, 'd');
-  for (const char* source : {static_cast<const char*>(nullptr), "", long_source.c_str(), "\xFF"}) {
+  const std::string wide_description = repeated("\xE6\x9C\xAC", 16384);
+  for (const char* source :
+       {static_cast<const char*>(nullptr), "", long_source.c_str(), wide_source.c_str(), "\xFF"}) {
     EXPECT_EQ(append(SM_LOG_TEXT, source), 0U);
   }
-  for (const char* text :
-       {static_cast<const char*>(nullptr), "", long_description.c_str(), "\xC3"}) {
+  for (const char* text : {static_cast<const char*>(nullptr), "", long_description.c_str(),
+                           wide_description.c_str(), "\xC3"}) {
     EXPECT_EQ(append(SM_LOG_TEXT, "s", text), 0U);
   }
   EXPECT_EQ(content_of(text_), before);
+}
+
+TEST_F(EventLog, NoEventIsLostToANameOfTheHostThatIsNoText) {
+  for (const char* name : {"\xFF", "h\xC3", ""}) {
+    told_name = name;
+    EXPECT_EQ(append(SM_LOG_TEXT), 0U);
+    told_name = nullptr;
+    EXPECT_EQ(records().back().computer, "");
+    EXPECT_EQ(records().back().description, "what happened");
+  }
+  EXPECT_EQ(append(SM_LOG_TEXT), 0U);
+  EXPECT_EQ(records().back().computer, host());
 }
 
 TEST_F(EventLog, DataAreDumped) {

@@ -10,9 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "ipc/named.h"
 #include "log/event_logs.h"
 #include "support/background.h"
 #include "support/emulated.h"
+#include "support/program.h"
 
 namespace {
 
@@ -22,10 +24,13 @@ using kqsupt::tests::built_program;
 using kqsupt::tests::child;
 using kqsupt::tests::content_of;
 using kqsupt::tests::is_emulated;
+using kqsupt::tests::lock_file_of_path;
+using kqsupt::tests::Outcome;
 using kqsupt::tests::own_log;
 using kqsupt::tests::parse_text_log;
 using kqsupt::tests::parse_xml_log;
 using kqsupt::tests::Record;
+using kqsupt::tests::run;
 using kqsupt::tests::Scratch;
 
 class EventLogs : public testing::Test {
@@ -124,6 +129,23 @@ TEST_F(EventLogs, HaveEachEventOfManyProcessesOnce) {
   }
   std::printf("[   FACT   ] %zu events of %u processes in each log, %zu and %zu backups\n",
               in_text.size(), kWorkers, in_text.backups(), in_xml.backups());
+}
+
+TEST_F(EventLogs, LeaveNothingOfAFirstEventWithoutTheLogPath) {
+  const std::string logs = text_.substr(0, text_.rfind("/log/"));
+  for (const std::string& log : {text_, xml_}) {
+    unlink(lock_file_of_path(log).c_str());
+  }
+  ASSERT_EQ(rename(logs.c_str(), (logs + "-away").c_str()), 0);
+  const Outcome outcome = run({built_program("log-worker"), "0", "1", "0"});
+  EXPECT_EQ(outcome.exit_status, 1);
+  EXPECT_EQ(outcome.err, "log-worker: not appended\n");
+  EXPECT_NE(access(logs.c_str(), F_OK), 0);
+  ASSERT_EQ(rename((logs + "-away").c_str(), logs.c_str()), 0);
+  for (const std::string& log : {text_, xml_}) {
+    EXPECT_NE(access(log.c_str(), F_OK), 0);
+    EXPECT_NE(access(lock_file_of_path(log).c_str(), F_OK), 0);
+  }
 }
 
 TEST_F(EventLogs, AreWholeWhoeverIsKilled) {
