@@ -233,8 +233,9 @@ enum {
  *
  * The status is that of the XML log when it is meant: see SMAppendToXMLLog. The others do not say
  * whether the event was written: the text log takes no event with another type, with a text of
- * another length or one that is not UTF-8, or with too much data. When the directory of logs is not
- * known the status is that of SMGetPathByProductIDandType.
+ * another length or one that is not UTF-8, or with too much data. It leaves out a name of the host
+ * that is not UTF-8. When the directory of logs is not known the status is that of
+ * SMGetPathByProductIDandType.
  *
  * @param[in] logFlags the logs: SM_LOG_ values, combined. Not 0.
  * @param[in] type an SM_EVENT_ value.
