@@ -165,7 +165,7 @@ SMRedBlackTreeCompare as_compare(SMRedBlackTreeVisit visit) {
 
 }  // namespace
 
-bool insert_at(Node** tree, const Place& place, void* data, Node** inserted) {
+bool insert_at(Node** tree, const Place& place, void* data) {
   Node* node = static_cast<Node*>(frame::allocate(sizeof(Node)));
   if (node == nullptr) {
     return false;
@@ -179,9 +179,6 @@ bool insert_at(Node** tree, const Place& place, void* data, Node** inserted) {
     place.parent->right = node;
   }
   restore_after_insert(tree, node);
-  if (inserted != nullptr) {
-    *inserted = node;
-  }
   return true;
 }
 

@@ -70,9 +70,8 @@ Place locate(Node* root, Order&& order) {
 }
 
 // Hangs a new node with `data` where a search found nothing. False, and the tree as it was, when
-// memory is short; otherwise `*inserted`, when given, is the new node.
-[[nodiscard]] bool insert_at(Node** tree, const Place& place, void* data,
-                             Node** inserted = nullptr);
+// memory is short.
+[[nodiscard]] bool insert_at(Node** tree, const Place& place, void* data);
 
 // Takes `node` out and frees a node. The node that is freed may be another one: no Node* of this
 // tree is valid afterwards.

@@ -445,9 +445,13 @@ TEST_F(EventLog, TellsTheLocalTimeOfEachEvent) {
     const char* name;
     time_t seconds;  // east
   };
+  const std::string long_name = "<" + std::string(70, 'A') + ">-5:30";
   // All of them in a second or two.
-  for (const Zone& zone :
-       {Zone{"XYZ-5:30", 19800}, {"", 0}, {"ABC3", -10800}, {"XYZ-5:30", 19800}}) {
+  for (const Zone& zone : {Zone{"XYZ-5:30", 19800},
+                           {"", 0},
+                           {"ABC3", -10800},
+                           {long_name.c_str(), 19800},
+                           {"XYZ-5:30", 19800}}) {
     setenv("TZ", zone.name, 1);
     const time_t before = time(nullptr);
     EXPECT_EQ(append(SM_LOG_TEXT), 0U);

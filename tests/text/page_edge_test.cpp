@@ -227,6 +227,9 @@ TEST(PageEdge, StringsAtOddAddressesAreRead) {
   std::memcpy(bytes.data() + 1, text.c_str(), bytes.size() - 1);
   const auto* odd = reinterpret_cast<const ustring*>(bytes.data() + 1);
   EXPECT_EQ(SMUCS2Strlen(odd), text.size());
+  EXPECT_EQ(SMUCS2Strchr(odd, 0xE9), odd);
+  EXPECT_EQ(SMUCS2Strchr(odd, 0), odd + text.size());
+  EXPECT_EQ(SMUCS2Strchr(odd, 'x'), nullptr);
   char utf8[200];
   uint32_t size = sizeof utf8;
   EXPECT_EQ(SMUCS2StrToUTF8Str(utf8, &size, odd), SM_STATUS_SUCCESS);
