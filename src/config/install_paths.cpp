@@ -177,8 +177,8 @@ frame::HeapPtr<char> joined(std::initializer_list<const char*> parts) {
   return frame::HeapPtr<char>(fits ? path.release() : nullptr);
 }
 
-SMStatus copy_path_out(int32_t product_id, uint32_t path_type, Directory directory, char* buffer,
-                       uint32_t* size) {
+SMStatus fetch_path(int32_t product_id, uint32_t path_type, Directory directory, char* buffer,
+                    uint32_t* size) {
   const LocalMutexGuard guard(table_mutex);
   const char* path = look_up(product_id, path_type);
   if (path == nullptr) {
@@ -206,7 +206,7 @@ frame::HeapPtr<char> copy_path(int32_t product_id, uint32_t path_type, SMStatus*
       *status = SM_STATUS_NO_MEMORY;
       return nullptr;
     }
-    *status = copy_path_out(product_id, path_type, directory, path.get(), &size);
+    *status = fetch_path(product_id, path_type, directory, path.get(), &size);
     if (*status == SM_STATUS_SUCCESS) {
       return path;
     }
@@ -229,7 +229,7 @@ void stop_install_paths() {
 }
 
 SMStatus get_path(int32_t product_id, uint32_t path_type, char* buffer, uint32_t* size) {
-  return copy_path_out(product_id, path_type, Directory::kMustBeThere, buffer, size);
+  return fetch_path(product_id, path_type, Directory::kMustBeThere, buffer, size);
 }
 
 SMStatus expand_install_path(const char* text, char* buffer, uint32_t* size) {

@@ -83,10 +83,10 @@ SMStatus append_to(uint32_t log, const Event& event, SMStatus* result) {
   const auto append = log == kXmlLog ? append_xml_event : append_text_event;
   *result = append(path.c_str(), event, max_size_of(path.c_str()));
   const bool is_taken = has_category && *result == SM_STATUS_SUCCESS;
+  if (is_asked && is_taken) {
+    took_one.store(true, std::memory_order_relaxed);
+  }
   if (is_asked || is_taken) {
-    if (is_asked && is_taken) {
-      took_one.store(true, std::memory_order_relaxed);
-    }
     return SM_STATUS_SUCCESS;
   }
   const SMStatus status = ask_for_directory();

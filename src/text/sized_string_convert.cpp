@@ -2,6 +2,8 @@
 
 #include "text/sized_string_convert.h"
 
+#include <algorithm>
+
 #include "frame/heap.h"
 #include "frame/status.h"
 #include "text/conversion.h"
@@ -124,19 +126,17 @@ bool append_ascii(SMSSUCS2Str& string, std::string_view text) {
     load(bytes, text.data() + place);
     store(to + place, __builtin_convertvector(bytes, Units8));
   };
-  size_t done = 0;
-  for (; text.size() - done >= kStepUnits; done += kStepUnits) {
-    widen_at(done);
+  if (text.size() < kStepUnits) {
+    std::copy(text.begin(), text.end(), to);
+  } else {
+    const size_t last = text.size() - kStepUnits;
+    for (size_t place = 0; place < last; place += kStepUnits) {
+      widen_at(place);
+    }
+    widen_at(last);  // over some of the step before
   }
-  if (done != 0) {
-    widen_at(text.size() - kStepUnits);  // what is left, and some of it once more
-    done = text.size();
-  }
-  for (; done != text.size(); ++done) {
-    to[done] = static_cast<ustring>(text[done]);
-  }
-  to[done] = 0;
-  string.length += static_cast<uint32_t>(done);
+  to[text.size()] = 0;
+  string.length += static_cast<uint32_t>(text.size());
   return true;
 }
 

@@ -1,9 +1,10 @@
 #include "event_reader.h"
-#include "whole_number.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+
+#include "whole_number.h"
 
 namespace kqsup {
 
@@ -74,13 +75,6 @@ class Cursor {
  private:
   std::string_view rest_;
 };
-
-template <class Number>
-bool read_number(std::string_view text, Number& number) {
-  const auto whole = whole_number<Number>(text);
-  number = whole.value_or(number);
-  return whole.has_value();
-}
 
 // A time that its writer did not know is empty.
 bool read_time(std::string_view text, std::optional<CalendarSeconds>& seconds) {

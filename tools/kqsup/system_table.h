@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -25,10 +24,7 @@ using Row = std::map<std::string_view, std::string_view>;
 template <class Number>
 [[nodiscard]] bool read_field(const Row& row, std::string_view title, Number* value) {
   const auto place = row.find(title);
-  const auto number =
-      place != row.end() ? whole_number<Number>(place->second) : std::optional<Number>();
-  *value = number.value_or(*value);
-  return number.has_value();
+  return place != row.end() && read_number(place->second, *value);
 }
 
 // Keys are shown with a sign.

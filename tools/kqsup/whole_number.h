@@ -17,4 +17,12 @@ template <class Number>
   return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
 }
 
+// The same for a number that stays as it was where there is none.
+template <class Number>
+[[nodiscard]] bool read_number(std::string_view text, Number& number) {
+  const auto whole = whole_number<Number>(text);
+  number = whole.value_or(number);
+  return whole.has_value();
+}
+
 }  // namespace kqsup
